@@ -1,0 +1,33 @@
+# Declares what a source folder holds. Three lists:
+#   CORE   no Win32 call: built for Windows, and natively under the sanitizers
+#   WIN32  may include <windows.h>: built for Windows only
+#   TESTS  one test program of the folder, `<folder>_test`, from files that run on both sides;
+#          WIN32_TESTS join it on Windows, NATIVE_TESTS (scripted fakes) natively.
+#
+# All product code goes into one archive, qorlix_core: the folders are layers of one program, and
+# tools/check_includes.py holds their order. A native program links the archive together with
+# tests/fakes, which stand in for the WIN32 files.
+add_library(qorlix_core STATIC)
+
+function(qorlix_folder name)
+  cmake_parse_arguments(ARG "" "" "CORE;WIN32;TESTS;WIN32_TESTS;NATIVE_TESTS" ${ARGN})
+  list(TRANSFORM ARG_CORE PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+  list(TRANSFORM ARG_WIN32 PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+  target_sources(qorlix_core PRIVATE ${ARG_CORE})
+  if(WIN32)
+    target_sources(qorlix_core PRIVATE ${ARG_WIN32})
+    set(tests ${ARG_TESTS} ${ARG_WIN32_TESTS})
+  else()
+    set(tests ${ARG_TESTS} ${ARG_NATIVE_TESTS})
+  endif()
+  if(tests AND BUILD_TESTING)
+    qorlix_test(${name}_test ${tests})
+  endif()
+endfunction()
+
+# A GoogleTest program, registered with CTest (under Wine when cross-compiled).
+function(qorlix_test target)
+  add_executable(${target} ${ARGN})
+  target_link_libraries(${target} PRIVATE qorlix_test_support GTest::gmock_main)
+  add_test(NAME ${target} COMMAND ${target})
+endfunction()
