@@ -1,0 +1,79 @@
+#include "platform/GuardedCall.h"
+
+#include <windows.h>
+
+#include <malloc.h>
+
+#ifndef __i386__
+#error "The guard is a frame on the exception chain of 32-bit x86; other targets need their own."
+#endif
+
+namespace platform {
+namespace {
+
+/// One link of the thread's exception chain, with the place to go back to.
+struct GuardFrame {
+  EXCEPTION_REGISTRATION_RECORD registration;  // first: the dispatcher hands us its address
+  void* landing[5];
+  DWORD code;
+};
+
+constexpr DWORD kUnwinding = 0x2;
+constexpr DWORD kExitUnwind = 0x4;
+
+EXCEPTION_REGISTRATION_RECORD* HeadOfChain() {
+  EXCEPTION_REGISTRATION_RECORD* head;
+  asm volatile("movl %%fs:0, %0" : "=r"(head));
+  return head;
+}
+
+void SetHeadOfChain(EXCEPTION_REGISTRATION_RECORD* head) {
+  asm volatile("movl %0, %%fs:0" : : "r"(head) : "memory");
+}
+
+EXCEPTION_DISPOSITION __cdecl LandInGuard(EXCEPTION_RECORD* record, void* establisher, CONTEXT*,
+                                          void*) {
+  if ((record->ExceptionFlags & (kUnwinding | kExitUnwind)) != 0) return ExceptionContinueSearch;
+
+  auto* volatile frame = static_cast<GuardFrame*>(establisher);
+  frame->code = record->ExceptionCode;
+  RtlUnwind(establisher, /*TargetIp=*/nullptr, record, /*ReturnValue=*/nullptr);
+  // The unwinder need not give these registers back; `frame` lives on the stack for that reason.
+  asm volatile("" : : : "ebx", "esi", "edi", "memory");
+  GuardFrame* const target = frame;
+  __builtin_longjmp(target->landing, 1);
+}
+
+bool CallCatching(void (*call)(void*), void* context) {
+  try {
+    call(context);
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
+}  // namespace
+
+// Not inlined: the landing place must not become part of a caller's frame.
+__attribute__((noinline)) bool InvokeGuarded(void (*call)(void* context), void* context) {
+  GuardFrame frame = {};
+  frame.registration.Next = HeadOfChain();
+  frame.registration.Handler = reinterpret_cast<PEXCEPTION_ROUTINE>(&LandInGuard);
+
+  if (__builtin_setjmp(frame.landing) == 0) {
+    SetHeadOfChain(&frame.registration);
+    const bool returned = CallCatching(call, context);
+    SetHeadOfChain(frame.registration.Next);
+    return returned;
+  }
+
+  // Landed here from the handler. The call may have left the direction flag and the x87 stack in
+  // any state, and a stack overflow has used up the guard page.
+  asm volatile("cld; fninit" : : : "memory");
+  SetHeadOfChain(frame.registration.Next);
+  if (frame.code == EXCEPTION_STACK_OVERFLOW) (void)_resetstkoflw();
+  return false;
+}
+
+}  // namespace platform

@@ -1,0 +1,39 @@
+#ifndef PLATFORM_GUARDEDCALL_H_
+#define PLATFORM_GUARDEDCALL_H_
+
+#include <cstdint>
+#include <type_traits>
+
+namespace platform {
+
+/// Runs `call(context)` and says whether it came back by itself. Do not call this directly.
+bool InvokeGuarded(void (*call)(void* context), void* context);
+
+}  // namespace platform
+
+/// Runs one foreign call; `result` receives what it returned.
+///
+/// \returns false, with `result` as it was, when the call raised: a structured exception of any kind
+///   (an access violation, a foreign compiler's C++ exception) or a C++ exception of our own.
+///
+/// After a structured exception the frames inside the call are abandoned, not unwound. So the
+/// lambda holds the one call and nothing that owns anything; locks, buffers and libraries belong
+/// outside, where they are released on both roads.
+template <typename Call>
+bool GuardedCall(std::uint32_t& result, Call&& call) {
+  struct Context {
+    std::remove_reference_t<Call>* call;
+    std::uint32_t value;
+  } context{&call, 0};
+
+  const bool returned = platform::InvokeGuarded(
+      [](void* raw) {
+        auto* const inner = static_cast<Context*>(raw);
+        inner->value = static_cast<std::uint32_t>((*inner->call)());
+      },
+      &context);
+  if (returned) result = context.value;
+  return returned;
+}
+
+#endif  // PLATFORM_GUARDEDCALL_H_

@@ -1,0 +1,24 @@
+#include "platform/NamedObject.h"
+
+#include <windows.h>
+
+namespace platform {
+
+HANDLE CreateNamedMutex(const char* name) {
+  return CreateMutexA(/*lpMutexAttributes=*/nullptr, /*bInitialOwner=*/FALSE, name);
+}
+
+std::uint32_t WaitForMutex(HANDLE mutex, std::uint32_t milliseconds) {
+  return WaitForSingleObject(mutex, milliseconds);
+}
+
+void ReleaseNamedMutex(HANDLE mutex) { (void)ReleaseMutex(mutex); }
+
+bool SetEventIfItExists(const char* name) {
+  const HANDLE event = OpenEventA(EVENT_ALL_ACCESS, /*bInheritHandle=*/FALSE, name);
+  if (event == nullptr) return false;
+  (void)SetEvent(event);
+  return true;
+}
+
+}  // namespace platform

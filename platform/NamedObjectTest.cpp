@@ -1,0 +1,42 @@
+#include "platform/NamedObject.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+namespace {
+
+TEST(NamedObjectTest, AMutexIsSeenByNameAndOwnedByWhoWaited) {
+  const HANDLE mutex = platform::CreateNamedMutex("QorlixNamedObjectTest");
+  ASSERT_NE(mutex, nullptr);
+  const HANDLE other = OpenMutexA(SYNCHRONIZE, FALSE, "QorlixNamedObjectTest");
+  ASSERT_NE(other, nullptr);
+  EXPECT_EQ(platform::WaitForMutex(mutex, 0), WAIT_OBJECT_0);
+  platform::ReleaseNamedMutex(mutex);
+  platform::ReleaseNamedMutex(mutex);  // not owned any more: without effect
+  EXPECT_EQ(WaitForSingleObject(other, 0), WAIT_OBJECT_0);
+  (void)ReleaseMutex(other);
+  (void)CloseHandle(other);
+  (void)CloseHandle(mutex);
+}
+
+DWORD WINAPI TakeAndEnd(void* mutex) { return WaitForSingleObject(mutex, INFINITE); }
+
+TEST(NamedObjectTest, AWaitReportsAnAbandonedMutex) {
+  const HANDLE mutex = platform::CreateNamedMutex("QorlixNamedObjectTestAbandoned");
+  const HANDLE thread = CreateThread(nullptr, 0, TakeAndEnd, mutex, 0, nullptr);
+  (void)WaitForSingleObject(thread, 5000);
+  EXPECT_EQ(platform::WaitForMutex(mutex, 1000), WAIT_ABANDONED);
+  platform::ReleaseNamedMutex(mutex);
+  (void)CloseHandle(thread);
+  (void)CloseHandle(mutex);
+}
+
+TEST(NamedObjectTest, AnEventIsSetIfItExists) {
+  EXPECT_FALSE(platform::SetEventIfItExists("QorlixNamedObjectTestEvent"));
+  const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, "QorlixNamedObjectTestEvent");
+  EXPECT_TRUE(platform::SetEventIfItExists("QorlixNamedObjectTestEvent"));
+  EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_OBJECT_0);
+  (void)CloseHandle(event);
+}
+
+}  // namespace
