@@ -1,0 +1,3 @@
+#include "maintenance/StartupRun.h"
+
+void RunStartupMaintenance(CQorlixSRVPipe&) {}

@@ -1,0 +1,60 @@
+#include "registry/RegistryPolicy.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "platform/EventLog.h"
+#include "registry/RegistryOperation.h"
+
+namespace {
+
+constexpr const char* kPermittedRegRoot[] = {
+    "SOFTWARE\\Vesmark\\NORVA",
+    // The same tree as the 64-bit view of the registry shows it.
+    "SOFTWARE\\Wow6432Node\\Vesmark\\NORVA",
+};
+
+constexpr std::size_t kLongestPath = 260;
+
+// The prefixes are ASCII, and no byte outside ASCII folds to an ASCII letter that they contain, nor
+// is a lead byte of a double-byte code page ASCII. So folding ASCII alone decides as the
+// multi-byte compare of the platform does, on every code page.
+char FoldCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+bool StartsWithNoCase(const char* text, const char* prefix) {
+  for (; *prefix != '\0'; ++text, ++prefix) {
+    if (FoldCase(*text) != FoldCase(*prefix)) return false;
+  }
+  return true;
+}
+
+void ReportRefusal(const char* path) {
+  // Room for the longest text that a request can carry.
+  static constexpr char kText[] = "Invalid Access to Reg-Key: ";
+  char text[sizeof(kText) + 8192];
+  (void)std::snprintf(text, sizeof(text), "%s%s", kText, path);
+  ReportErrorEvent(kRegistryEventSource, text);
+}
+
+}  // namespace
+
+bool HasPermittedPrefix(const char* canonical) {
+  for (const char* const root : kPermittedRegRoot) {
+    if (StartsWithNoCase(canonical, root)) return true;
+  }
+  return false;
+}
+
+bool IsPermittedRegKey(const char* path, CanonicalPath& canonical) {
+  if (std::strlen(path) <= kLongestPath && CanonicalisePath(path, canonical) &&
+      HasPermittedPrefix(canonical.text)) {
+    return true;
+  }
+  ReportRefusal(path);
+  return false;
+}
+
+bool IsPermittedRegKey(const char* path) {
+  CanonicalPath canonical;
+  return IsPermittedRegKey(path, canonical);
+}

@@ -1,0 +1,66 @@
+#include "server/CommandTable.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+using enum Answer;
+using Srv = CQorlixSRVPipe;
+
+constexpr CommandRow kCommands[] = {
+    {CommandCode::Reg_DelKey, Handler, &Srv::Reg_DelKey},
+    {CommandCode::Reg_CreateKey, Handler, &Srv::Reg_CreateKey},
+    {CommandCode::Reg_SetValue, Handler, &Srv::Reg_SetValue},
+    {CommandCode::Install, Loop, nullptr},
+    {CommandCode::Deinstall, Loop, nullptr},
+    {CommandCode::AddIpAddress, LoopWithOutputs, nullptr},
+    {CommandCode::DelIpAddress, Loop, nullptr},
+    {CommandCode::InstallWdmDriver_32, HandlerThenLoop, nullptr},
+    {CommandCode::NoOperation, Loop, &Srv::NoOperation},
+    {CommandCode::RunOnlinePanel_32, HandlerThenLoop, nullptr},
+    {CommandCode::Reg_DelValue, Handler, &Srv::Reg_DelValue},
+    {CommandCode::Reg_EnumKey, Handler, &Srv::Reg_EnumKey},
+    {CommandCode::Reg_GetValue, Handler, &Srv::Reg_GetValue},
+    {CommandCode::Reg_EnumValue, Handler, &Srv::Reg_EnumValue},
+    {CommandCode::Reg_SetValueBase, Handler, &Srv::Reg_SetValueBase},
+    {CommandCode::Reg_CreateKeyBase, Handler, &Srv::Reg_CreateKeyBase},
+    {CommandCode::Reg_DelKeyBase, Handler, &Srv::Reg_DelKeyBase},
+    {CommandCode::BC_HasUninitializedInstances, Handler, nullptr},
+    {CommandCode::BC_BoardGetMap, Handler, nullptr},
+    {CommandCode::GetBoardInformation, Handler, nullptr},
+    {CommandCode::BC_EnumInstBoard, Handler, nullptr},
+    {CommandCode::BC_EnumBoard, Handler, nullptr},
+    {CommandCode::BC_EnumAvailableBoard, Handler, nullptr},
+    {CommandCode::BC_GetBoardInfo, Handler, nullptr},
+    {CommandCode::BC_EnumConfiguration, Handler, nullptr},
+    {CommandCode::BC_EnumAdapters, Handler, nullptr},
+    {CommandCode::BC_Scan, Handler, nullptr},
+    {CommandCode::BC_UpdateLogDevicesForDevice, Handler, nullptr},
+    {CommandCode::BC_CreateAllLogdevices, Handler, nullptr},
+    {CommandCode::BC_GetBoardInfoEx, Handler, nullptr},
+    {CommandCode::TestFunction, Handler, nullptr},
+    {CommandCode::StopServer, Stop, &Srv::StopServer},
+    {CommandCode::RegisterForDeviceChangeNotifications, Handler, nullptr},
+    {CommandCode::UnregisterForDeviceChangeNotifications, Handler, nullptr},
+    {CommandCode::GetDeviceChange, Handler, nullptr},
+    {CommandCode::SilentRestart, Handler, nullptr},
+    {CommandCode::GetSilentRestartResult, Handler, nullptr},
+    {CommandCode::GetDeviceStateEx, Handler, nullptr},
+    {CommandCode::BC_PlausibilitaetBL, Handler, nullptr},
+};
+
+constexpr bool IsBelow(const CommandRow& a, const CommandRow& b) { return a.code < b.code; }
+
+static_assert(std::size(kCommands) == 39);
+static_assert(std::is_sorted(std::begin(kCommands), std::end(kCommands), IsBelow),
+              "the look-up is a binary search");
+
+}  // namespace
+
+const CommandRow* FindCommand(std::uint16_t code) {
+  const CommandRow wanted{static_cast<CommandCode>(code), Handler, nullptr};
+  const auto* const row =
+      std::lower_bound(std::begin(kCommands), std::end(kCommands), wanted, IsBelow);
+  return row != std::end(kCommands) && row->code == wanted.code ? row : nullptr;
+}

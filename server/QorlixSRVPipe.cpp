@@ -1,0 +1,179 @@
+#include "server/QorlixSRVPipe.h"
+
+#include <cstring>
+
+#include "board/boardsvc32.h"
+#include "maintenance/StartupRun.h"
+#include "platform/GuardedCall.h"
+#include "platform/NamedObject.h"
+#include "server/BoardControlLock.h"
+#include "server/InstanceEvents.h"
+#include "server/PipeIo.h"
+#include "trace/Zqotrc.h"
+
+PipeInstance Pipe[kPipeInstances];
+
+HANDLE InstanceEvents[kPipeInstances];
+
+namespace {
+
+constexpr char kStartEvent[] = "_QorlixSRVStartSRVEvent";
+
+// How long all clients together may hold up the closing of the pool. With the rest of a stop it
+// stays well below the five seconds after which a starter gives up on the process.
+constexpr std::uint64_t kFlushBudgetMs = 2000;
+
+// How long an instance rests whose connect failed outright, before the next try.
+constexpr std::uint64_t kConnectRetryMs = 100;
+
+// Connects that report a client which came and went, before the instance is left for a later try.
+constexpr int kConnectAttempts = 8;
+
+}  // namespace
+
+CQorlixSRVPipe::CQorlixSRVPipe(SECURITY_ATTRIBUTES* pipeSecurity) : pipeSecurity_(pipeSecurity) {
+  for (PipeInstance& pipe : Pipe) {
+    pipe.hPipe = nullptr;
+    pipe.cbToWrite = 0;
+    pipe.CurrentPointer = 0;
+    pipe.fConnectFailed = 0;
+    std::memcpy(pipe.PipeName, kPipeName, sizeof(kPipeName));
+  }
+  CreateBoardControlLock();
+}
+
+CQorlixSRVPipe::~CQorlixSRVPipe() {
+  (void)BCLockRelease();
+  ForgetBoardControlLock();
+}
+
+std::uint32_t CQorlixSRVPipe::StartSRV() {
+  static constexpr char kFct[] = "StartSRV: ";
+  ZQ_TRACE(TRC_PROGRESS, kFct, ">> StartSRV");
+  if (!BuildPool()) return 0;
+
+  // Whoever started the server may wait on this event to learn that the pipes exist.
+  if (platform::SetEventIfItExists(kStartEvent)) {
+    ZQ_TRACE(TRC_PROGRESS, kFct, "_QorlixSRVStartSRVEvent has been set!");
+  }
+
+  RunStartupMaintenance(*this);
+  std::uint32_t ignored = 0;
+  (void)GuardedCall(ignored, [] { return StartHardwareDetection(); });
+  return RunSrvLoop();
+}
+
+bool CQorlixSRVPipe::BuildPool() {
+  static constexpr char kFct[] = "StartSRV: ";
+  for (int conId = 0; conId < kPipeInstances; ++conId) {
+    PipeInstance& pipe = PipeOf(conId);
+
+    const HANDLE event = pipe_io::CreateInstanceEvent();
+    if (event == nullptr) {
+      ZQ_TRACE(TRC_ERROR, kFct, "<< Error CreateEvent");
+      return false;
+    }
+    InstanceEvents[conId] = event;
+    pipe.overlapped.hEvent = event;
+    ZQ_TRACE(TRC_PROGRESS, kFct, "CreateEvent hEvent=0x%x", HandleNumber(event));
+
+    std::uint32_t error = 0;
+    pipe.hPipe = pipe_io::CreateInstance(pipe.PipeName, pipeSecurity_, error);
+    if (pipe.hPipe == nullptr) {
+      ZQ_TRACE(TRC_ERROR, kFct, "<< Error CreateNamedPipe index=%d ret=%d", conId,
+               static_cast<int>(error));
+      return false;
+    }
+
+    ZQ_TRACE(TRC_PROGRESS, kFct, "Call ConnectToNewClient for Connection(%d) Pipe=0x%x", conId,
+             HandleNumber(pipe.hPipe));
+    BeginConnect(conId);
+  }
+  return true;
+}
+
+std::uint32_t CQorlixSRVPipe::ConnectToNewClient(HANDLE hPipe, OVERLAPPED* overlapped) {
+  static constexpr char kFct[] = "ConnectToNewClient: ";
+  const pipe_io::Outcome connect = pipe_io::Connect(hPipe, *overlapped);
+  connectError_ = 0;
+  if (!connect.success && connect.error == ERROR_IO_PENDING) return 1;
+  if (!connect.success && connect.error == ERROR_PIPE_CONNECTED) {
+    pipe_io::Signal(overlapped->hEvent);
+    return 0;
+  }
+  connectError_ = connect.error;
+  // An overlapped connect has no business to succeed at once either; the read that follows tells.
+  // Kept: the number is the address of the error query, not the error.
+  ZQ_TRACE(TRC_ERROR, kFct, "ConnectNamedPipe failed with %d",
+           static_cast<int>(pipe_io::ErrorQueryAddress()));
+  return 0;
+}
+
+// Offers an instance to the next client and sets its state.
+//
+// A connect that failed leaves the event unsignalled, so that nothing would ever wake the instance
+// again: a client that came and went (232) is disconnected and the connect repeated at once; after
+// any other failure the loop tries again later.
+void CQorlixSRVPipe::BeginConnect(int conId) {
+  PipeInstance& pipe = PipeOf(conId);
+  for (int attempt = 0; attempt < kConnectAttempts; ++attempt) {
+    if (attempt > 0) (void)pipe_io::Disconnect(pipe.hPipe);
+    pipe.fPendingIO = ConnectToNewClient(pipe.hPipe, &pipe.overlapped);
+    if (connectError_ != ERROR_NO_DATA) break;
+  }
+  pipe.dwState = pipe.fPendingIO != 0 ? CONNECTING_STATE : READING_STATE;
+  if (connectError_ != 0) {
+    pipe.fConnectFailed = 1;
+    pipe_io::Unsignal(pipe.overlapped.hEvent);
+    if (failedConnects_++ == 0) retryAt_ = pipe_io::Now() + kConnectRetryMs;
+  }
+}
+
+void CQorlixSRVPipe::DisconnectAndReconnect(int conId) {
+  static constexpr char kFct[] = "DisconnectAndReconnect: ";
+  PipeInstance& pipe = PipeOf(conId);
+  ZQ_TRACE(TRC_PROGRESS, kFct, "DisconnectAndReconnect for Pipe(%d)", conId);
+
+  // The connect uses the same overlapped block; a write that is still out must not complete into it.
+  if (pipe.fPendingIO != 0 && !pipe_io::IsComplete(pipe.overlapped)) {
+    pipe_io::Abandon(pipe.hPipe, pipe.overlapped);
+  }
+  pipe.cbWriteNext = 0;
+  if (!pipe_io::Disconnect(pipe.hPipe).success) {
+    ZQ_TRACE(TRC_ERROR, kFct, "DisconnectNamedPipe failed with %d",
+             static_cast<int>(pipe_io::ErrorQueryAddress()));
+  }
+  BeginConnect(conId);
+}
+
+void CQorlixSRVPipe::RetryFailedConnects() {
+  failedConnects_ = 0;
+  for (int conId = 0; conId < kPipeInstances; ++conId) {
+    PipeInstance& pipe = PipeOf(conId);
+    if (pipe.fConnectFailed == 0) continue;
+    pipe.fConnectFailed = 0;
+    DisconnectAndReconnect(conId);
+  }
+}
+
+void CQorlixSRVPipe::CloseSRV() {
+  static constexpr char kFct[] = "CloseSRV: ";
+  ZQ_TRACE(TRC_PROGRESS, kFct, ">> ClosePipes");
+  const std::uint64_t deadline = pipe_io::Now() + kFlushBudgetMs;
+  for (PipeInstance& pipe : Pipe) {
+    if (pipe.hPipe == nullptr) continue;
+    // Where nobody is connected there is nothing to flush.
+    if (pipe.dwState != CONNECTING_STATE) pipe_io::FlushUntil(pipe.hPipe, deadline);
+    (void)pipe_io::Disconnect(pipe.hPipe);
+    pipe_io::Close(pipe.hPipe);
+    pipe.hPipe = nullptr;
+  }
+  ZQ_TRACE(TRC_PROGRESS, kFct, "<< ClosePipes");
+}
+
+bool CQorlixSRVPipe::AllClosed() const {
+  for (const PipeInstance& pipe : Pipe) {
+    if (pipe.hPipe != nullptr) return false;
+  }
+  return true;
+}

@@ -1,0 +1,208 @@
+#include "codec/HexDump.h"
+#include "server/InstanceEvents.h"
+#include "server/PipeIo.h"
+#include "server/QorlixSRVPipe.h"
+#include "trace/Zqotrc.h"
+
+namespace {
+
+constexpr char kFct[] = "RunSrvLoop: ";
+
+// Bytes of a request that are shown when its client is gone.
+constexpr std::uint32_t kDumpedBytes = 64;
+
+// How often instances whose connect failed outright are looked after.
+constexpr std::uint32_t kFailedConnectWaitMs = 100;
+
+// Passes served from memory alone before the system is asked again. Some systems deliver
+// completions only to a thread that waits, so a client that always has its next request ready
+// would otherwise keep all others from being seen.
+constexpr std::uint32_t kPassesWithoutWait = 2 * kPipeInstances;
+
+// Whether the next pass can serve the instance without a wait. Its event is signalled exactly then:
+// every operation that completes signals it, and whoever leaves an instance without one does.
+bool IsDue(const PipeInstance& pipe) {
+  if (pipe.fPendingIO != 0) return pipe_io::IsComplete(pipe.overlapped);
+  return pipe.fConnectFailed == 0 && pipe.hPipe != nullptr;
+}
+
+}  // namespace
+
+// The wait reports the lowest signalled event, so under load it would starve the high instances,
+// and it costs a system call for what memory knows already. So memory is asked first, in rotating
+// order from behind the instance that was served last.
+std::uint32_t CQorlixSRVPipe::NextInstance() {
+  for (;;) {
+    if (failedConnects_ > 0 && pipe_io::Now() >= retryAt_) RetryFailedConnects();
+    if (++passesWithoutWait_ > kPassesWithoutWait) {
+      passesWithoutWait_ = 0;
+      (void)pipe_io::WaitAny(InstanceEvents, kPipeInstances, /*milliseconds=*/0, waitError_);
+    }
+
+    for (std::uint32_t step = 1; step <= kPipeInstances; ++step) {
+      const std::uint32_t i = (lastServed_ + step) % kPipeInstances;
+      if (!IsDue(Pipe[i])) continue;
+      lastServed_ = i;
+      return i;
+    }
+
+    passesWithoutWait_ = 0;
+    const std::uint32_t patience = failedConnects_ > 0 ? kFailedConnectWaitMs : pipe_io::kForever;
+    const std::uint32_t dwWait =
+        pipe_io::WaitAny(InstanceEvents, kPipeInstances, patience, waitError_);
+    if (dwWait == WAIT_TIMEOUT && failedConnects_ > 0) continue;
+    if (dwWait < kPipeInstances) lastServed_ = dwWait;
+    return dwWait;
+  }
+}
+
+std::uint32_t CQorlixSRVPipe::RunSrvLoop() {
+  ZQ_TRACE(TRC_PROGRESS, kFct, ">> Start receiving loop ");
+  for (;;) {
+    ZQ_TRACE(TRC_PROGRESS, kFct, "while - WaitForMultipleObjects");
+    const std::uint32_t dwWait = NextInstance();
+    ZQ_TRACE(TRC_PROGRESS, kFct, "WaitForMultipleObjects received Element on dwWait=0x%x", dwWait);
+    if (dwWait >= kPipeInstances) {
+      ZQ_TRACE(TRC_ERROR, kFct,
+               "<< Out of Range dwWait(0x%x) or Server-Timeout reached .. Get ErrorCode=%d", dwWait,
+               static_cast<int>(waitError_));
+      return 0;
+    }
+
+    const int conId = static_cast<int>(dwWait);
+    PipeInstance& pipe = PipeOf(conId);
+    if (pipe.fPendingIO != 0) {
+      const Next next = CompletePending(conId);
+      if (next == Next::EndLoop) return 0;
+      if (next == Next::NextPass) continue;
+    } else {
+      ZQ_TRACE(TRC_PROGRESS, kFct, "No Pending Operation -> check Pipe-State");
+    }
+
+    switch (pipe.dwState) {
+      case READING_STATE:
+        StartRead(conId);
+        break;
+      case WRITING_STATE:
+        ServeRequest(conId);
+        // A confirmed stop has closed the pool, and nothing is left that could wake the loop.
+        if (shutdown_ && AllClosed()) return 0;
+        break;
+      default:
+        ZQ_TRACE(TRC_ERROR, kFct, "<< RunSrvLoop End Invalid pipe state");
+        return 0;
+    }
+  }
+}
+
+// Looks at what became of the outstanding operation.
+CQorlixSRVPipe::Next CQorlixSRVPipe::CompletePending(int conId) {
+  PipeInstance& pipe = PipeOf(conId);
+  const pipe_io::Outcome io = pipe_io::Completion(pipe.hPipe, pipe.overlapped);
+  switch (pipe.dwState) {
+    case CONNECTING_STATE:
+      ZQ_TRACE(TRC_PROGRESS, kFct, "Pending: CONNECTING_STATE");
+      if (!io.success) {
+        ZQ_TRACE(TRC_ERROR, kFct, "<< Error CONNECTING_STATE ret=%d", static_cast<int>(io.error));
+        return Next::EndLoop;
+      }
+      pipe.fPendingIO = 0;
+      pipe.dwState = READING_STATE;
+      return Next::Act;
+
+    case READING_STATE:
+      ZQ_TRACE(TRC_PROGRESS, kFct, "Pending: READING_STATE");
+      if (io.success && io.count != 0) {
+        pipe.fPendingIO = 0;
+        pipe.dwState = WRITING_STATE;
+        pipe.ReceivePointer = io.count;
+        return Next::Act;
+      }
+      TraceLostClient(conId, io.success, io.count);
+      DisconnectAndReconnect(conId);
+      return Next::NextPass;
+
+    case WRITING_STATE:
+      ZQ_TRACE(TRC_PROGRESS, kFct, "Pending: WRITING_STATE");
+      if (!io.success || io.count != pipe.cbWriting) {
+        ZQ_TRACE(TRC_ERROR, kFct,
+                 "Pending: WRITING_STATE: Something is wrong: ->DisconnectAndReconnect");
+        DisconnectAndReconnect(conId);
+        return Next::NextPass;
+      }
+      pipe.fPendingIO = 0;
+      if (pipe.cbWriteNext != 0) {
+        WriteSecondReply(conId);
+        return Next::NextPass;
+      }
+      pipe.dwState = READING_STATE;
+      return Next::Act;
+
+    default:
+      ZQ_TRACE(TRC_ERROR, kFct, "<< Error Invalid PipeState");
+      return Next::EndLoop;
+  }
+}
+
+void CQorlixSRVPipe::TraceLostClient(int conId, bool success, std::uint32_t count) {
+  const PipeInstance& pipe = PipeOf(conId);
+  if (!success) ZQ_TRACE(TRC_ERROR, kFct, "fSuccess != Success");
+  if (count == 0) {
+    ZQ_TRACE(TRC_ERROR, kFct, "cbRet == 0");
+  } else {
+    TraceHexDump(kFct, pipe.RequestBuffer, kDumpedBytes);
+  }
+  ZQ_TRACE(TRC_PROGRESS, kFct, "CurrentPointer=0x%x  fPendingIO=0x%x  hPipe=0x%x  Event=0x%x",
+           pipe.CurrentPointer, pipe.fPendingIO, HandleNumber(pipe.hPipe), HandleNumber(pipe.hEvent));
+  ZQ_TRACE(TRC_PROGRESS, kFct,
+           "Pending: READING_STATE: Client disconnected ... prepare Pipe for new Client: "
+           "->DisconnectAndReconnect");
+}
+
+void CQorlixSRVPipe::StartRead(int conId) {
+  PipeInstance& pipe = PipeOf(conId);
+  ZQ_TRACE(TRC_PROGRESS, kFct, "READING_STATE -> ReadFile: Pipe(%d)=0x%x", conId,
+           HandleNumber(pipe.hPipe));
+  const pipe_io::Outcome io =
+      pipe_io::Read(pipe.hPipe, pipe.RequestBuffer, kPipeBufferSize, pipe.overlapped);
+  pipe.ReceivePointer = io.count;
+
+  if (io.success && io.count != 0) {
+    // The event stays signalled, so a request that completed at once is served on a later pass.
+    pipe.fPendingIO = 0;
+    pipe.dwState = WRITING_STATE;
+    ZQ_TRACE(TRC_PROGRESS, kFct, "ReadFile: ReceivePointer=%d Byte", static_cast<int>(io.count));
+  } else if (!io.success && io.error == ERROR_IO_PENDING) {
+    pipe.fPendingIO = 1;
+    ZQ_TRACE(TRC_PROGRESS, kFct, "ReadFile: ReceivePointer=%d Byte", static_cast<int>(io.count));
+  } else {
+    ZQ_TRACE(TRC_ERROR, kFct, "READING_STATE: Something is wrong: ->DisconnectAndReconnect");
+    pipe.fPendingIO = 0;
+    DisconnectAndReconnect(conId);
+  }
+}
+
+void CQorlixSRVPipe::ServeRequest(int conId) {
+  PipeInstance& pipe = PipeOf(conId);
+  ZQ_TRACE(TRC_PROGRESS, kFct, "WRITING_STATE -> GetCommand for Pipe(%d)", conId);
+  if (pipe.ReceivePointer == 0) {
+    ZQ_TRACE(TRC_ERROR, kFct, "WRITING_STATE: ReceivePointer is wrong: ->DisconnectAndReconnect");
+    DisconnectAndReconnect(conId);
+  } else {
+    SrvResult lResult = SRV_OK;
+    SrvResult sendResult = SRV_OK;
+    Dispatch(conId, lResult, sendResult);
+    if (lResult != SRV_OK) {
+      ZQ_TRACE(TRC_ERROR, kFct, "Error occured : lResult=0x%x", lResult);
+      sendResult = Send(conId, lResult);
+    }
+    if (sendResult != SRV_OK) {
+      ZQ_TRACE(TRC_ERROR, kFct, "PipeSend: sendResult != ERROR_SUCCESS => Reconnect Pipe");
+      DisconnectAndReconnect(conId);
+    }
+  }
+  pipe.ReceivePointer = 0;
+  pipe.cbToWrite = 0;
+  pipe.CurrentPointer = 0;
+  if (shutdown_) ZQ_TRACE(TRC_PROGRESS, kFct, "Server Shutdown: SHUTDOWN == TRUE");
+}

@@ -1,0 +1,285 @@
+#include "tests/support/LoopFixture.h"
+
+// The connection states over scripted completions.
+
+namespace {
+
+using fake_pipe_io::CompleteRead;
+using fake_pipe_io::Op;
+using fake_pipe_io::OnWait;
+using fake_pipe_io::Script;
+using fake_pipe_io::Written;
+
+const Bytes kDone = Wire("0400 00000000");
+constexpr pipe_io::Outcome kPending = {false, ERROR_IO_PENDING, 0};
+
+class ServerLoopTest : public LoopFixture {};
+
+TEST_F(ServerLoopTest, ARequestIsAnsweredAndTheNextIsRead) {
+  ClientSends(5, "1000");
+  OnWait([] { CompleteRead(5, Wire("1000")); });
+  Run();
+  EXPECT_EQ(Written(5), kDone + kDone);
+  EXPECT_EQ(Count("read 5"), 3);
+  EXPECT_EQ(Count("disconnect 5"), 0);
+}
+
+TEST_F(ServerLoopTest, AClientThatIsThereBeforeTheConnectIsServed) {
+  Script(Op::Connect, 3, {false, ERROR_PIPE_CONNECTED, 0});
+  OnWait([] { CompleteRead(3, Wire("1000")); });
+  Run();
+  EXPECT_EQ(Count("signal 3"), 1);
+  EXPECT_EQ(Written(3), kDone);
+}
+
+TEST_F(ServerLoopTest, ARequestThatIsReadAtOnceIsServedWithoutAWait) {
+  OnWait([] {
+    fake_pipe_io::Complete(5);
+    fake_pipe_io::ScriptRead(5, Wire("1000"));
+  });
+  Run();
+  EXPECT_EQ(Written(5), kDone);
+  EXPECT_EQ(fake_pipe_io::Waits(), 2);
+}
+
+TEST_F(ServerLoopTest, AFailedReadCostsThatClientOnly) {
+  OnWait([] { fake_pipe_io::Complete(5); });
+  OnWait([] { fake_pipe_io::Complete(5, /*success=*/false, 0, ERROR_BROKEN_PIPE); });
+  ClientSends(6, "1000");
+  Run();
+  EXPECT_EQ(Count("disconnect 5"), 1);
+  EXPECT_EQ(Count("connect 5"), 2);
+  EXPECT_EQ(Written(6), kDone);
+}
+
+TEST_F(ServerLoopTest, AnEmptyReadCostsThatClientOnly) {
+  OnWait([] { fake_pipe_io::Complete(5); });
+  OnWait([] { fake_pipe_io::Complete(5, /*success=*/true, 0); });
+  ClientSends(6, "1000");
+  Run();
+  EXPECT_EQ(Count("disconnect 5"), 1);
+  EXPECT_EQ(Written(6), kDone);
+}
+
+TEST_F(ServerLoopTest, AReadThatFailsOutrightReconnects) {
+  Script(Op::Read, 5, {false, ERROR_BROKEN_PIPE, 0});
+  OnWait([] { fake_pipe_io::Complete(5); });
+  Run();
+  EXPECT_EQ(Count("disconnect 5"), 1);
+  EXPECT_EQ(Count("connect 5"), 2);
+}
+
+TEST_F(ServerLoopTest, AReadOfNothingThatCompletesAtOnceReconnects) {
+  Script(Op::Read, 5, {true, 0, 0});
+  OnWait([] { fake_pipe_io::Complete(5); });
+  Run();
+  EXPECT_EQ(Count("disconnect 5"), 1);
+}
+
+TEST_F(ServerLoopTest, AWriteThatFailsOutrightReconnectsOnTheNextPass) {
+  Script(Op::Write, 5, {false, ERROR_NO_DATA, 0});
+  ClientSends(5, "1000");
+  ClientSends(5, "1000");
+  Run();
+  EXPECT_EQ(Count("signal 5"), 1);
+  EXPECT_EQ(Count("disconnect 5"), 1);
+  EXPECT_EQ(Count("connect 5"), 2);
+  EXPECT_EQ(Written(5), kDone);
+}
+
+TEST_F(ServerLoopTest, AShortWriteReconnectsOnTheNextPass) {
+  Script(Op::Write, 5, {true, 0, 3});
+  ClientSends(5, "1000");
+  Run();
+  EXPECT_EQ(Count("disconnect 5"), 1);
+}
+
+TEST_F(ServerLoopTest, APendingWriteThatCompletesInFullGoesOnReading) {
+  Script(Op::Write, 5, kPending);
+  ClientSends(5, "1000");
+  OnWait([] { fake_pipe_io::Complete(5, /*success=*/true, 6); });
+  OnWait([] { CompleteRead(5, Wire("FFFF")); });
+  Run();
+  EXPECT_EQ(Written(5), kDone + Wire("0400 AC210000"));
+  EXPECT_EQ(Count("disconnect 5"), 0);
+}
+
+TEST_F(ServerLoopTest, APendingWriteThatIsShortOrFailsReconnects) {
+  Script(Op::Write, 5, kPending);
+  Script(Op::Write, 6, kPending);
+  ClientSends(5, "1000");
+  OnWait([] { fake_pipe_io::Complete(5, /*success=*/true, 5); });
+  ClientSends(6, "1000");
+  OnWait([] { fake_pipe_io::Complete(6, /*success=*/false, 0, ERROR_BROKEN_PIPE); });
+  Run();
+  EXPECT_EQ(Count("disconnect 5"), 1);
+  EXPECT_EQ(Count("disconnect 6"), 1);
+}
+
+TEST_F(ServerLoopTest, AFailedPendingConnectEndsTheLoop) {
+  OnWait([] { fake_pipe_io::Complete(5, /*success=*/false, 0, 64); });
+  ClientSends(6, "1000");
+  Run();
+  EXPECT_TRUE(Written(6).empty());
+}
+
+TEST_F(ServerLoopTest, AnUnknownPipeStateEndsTheLoop) {
+  OnWait([] {
+    fake_pipe_io::Complete(5);
+    Pipe[5].dwState = 3;
+  });
+  ClientSends(6, "1000");
+  Run();
+  EXPECT_TRUE(Written(6).empty());
+}
+
+TEST_F(ServerLoopTest, AConnectThatReports232IsRepeatedBehindADisconnect) {
+  Script(Op::Connect, 5, {false, ERROR_NO_DATA, 0});
+  ClientSends(5, "1000");
+  Run();
+  EXPECT_EQ(Count("connect 5"), 2);
+  EXPECT_EQ(Count("disconnect 5"), 1);
+  EXPECT_EQ(Written(5), kDone);
+}
+
+TEST_F(ServerLoopTest, AClientThatComesAndGoesForEverIsGivenUpForAWhile) {
+  for (int i = 0; i < 8; ++i) Script(Op::Connect, 5, {false, ERROR_NO_DATA, 0});
+  OnWait([] {});  // nothing happens for the retry time
+  ClientSends(5, "1000");
+  Run();
+  EXPECT_EQ(Count("connect 5"), 9);
+  EXPECT_EQ(Written(5), kDone);
+}
+
+TEST_F(ServerLoopTest, AConnectThatFailsOutrightIsTriedAgainLater) {
+  Script(Op::Connect, 5, {false, 1450, 0});
+  OnWait([] {});
+  ClientSends(5, "1000");
+  Run();
+  EXPECT_EQ(Count("connect 5"), 2);
+  EXPECT_EQ(Count("read 5"), 2);
+  EXPECT_EQ(Written(5), kDone);
+}
+
+TEST_F(ServerLoopTest, AConnectThatSucceedsAtOnceIsReadFrom) {
+  Script(Op::Connect, 5, {true, 0, 0});
+  OnWait([] { CompleteRead(5, Wire("1000")); });
+  Run();
+  EXPECT_EQ(Written(5), kDone);
+}
+
+TEST_F(ServerLoopTest, FailedConnectsAreTriedAgainWhileOthersKeepTheLoopBusy) {
+  Script(Op::Connect, 5, {false, 1450, 0});
+  OnWait([] {
+    fake_pipe_io::Complete(6);
+    for (int i = 0; i < 10; ++i) fake_pipe_io::ScriptRead(6, Wire("1000"));
+    fake_pipe_io::AdvanceClock(1000);
+  });
+  Run();
+  EXPECT_EQ(Count("connect 5"), 2);
+}
+
+TEST_F(ServerLoopTest, ARequestOfOneByteIsAnsweredTwice) {
+  ClientSends(5, "10");
+  Run();
+  const Bytes unknown = Wire("0400 AC210000");
+  EXPECT_EQ(Written(5), unknown + unknown + Wire("0400 9A210000"));
+}
+
+TEST_F(ServerLoopTest, ASecondReplyWaitsUntilThePendingFirstIsThrough) {
+  Script(Op::Write, 5, kPending);
+  ClientSends(5, "10");
+  OnWait([] { fake_pipe_io::Complete(5, /*success=*/true, 6); });
+  OnWait([] { CompleteRead(5, Wire("1000")); });
+  Run();
+  const Bytes unknown = Wire("0400 AC210000");
+  EXPECT_EQ(Written(5), unknown + unknown + Wire("0400 9A210000") + kDone);
+  EXPECT_EQ(Count("disconnect 5"), 0);
+}
+
+TEST_F(ServerLoopTest, ASecondReplyThatIsPendingIsAWriteNotARead) {
+  Script(Op::Write, 5, {true, 0, 6});
+  Script(Op::Write, 5, kPending);
+  ClientSends(5, "10");
+  OnWait([] { fake_pipe_io::Complete(5, /*success=*/true, 12); });
+  OnWait([] { CompleteRead(5, Wire("1000")); });
+  Run();
+  const Bytes unknown = Wire("0400 AC210000");
+  EXPECT_EQ(Written(5), unknown + unknown + Wire("0400 9A210000") + kDone);
+}
+
+TEST_F(ServerLoopTest, BothRepliesMayBePending) {
+  Script(Op::Write, 5, kPending);
+  Script(Op::Write, 5, kPending);
+  ClientSends(5, "10");
+  OnWait([] { fake_pipe_io::Complete(5, /*success=*/true, 6); });
+  OnWait([] { fake_pipe_io::Complete(5, /*success=*/true, 12); });
+  Run();
+  const Bytes unknown = Wire("0400 AC210000");
+  EXPECT_EQ(Written(5), unknown + unknown + Wire("0400 9A210000"));
+}
+
+TEST_F(ServerLoopTest, AClientLostWithASecondReplyWaitingLeavesNothingToTheNext) {
+  Script(Op::Write, 5, kPending);
+  ClientSends(5, "10");
+  OnWait([] { fake_pipe_io::Complete(5, /*success=*/false, 0, ERROR_BROKEN_PIPE); });
+  ClientSends(5, "1000");
+  Run();
+  EXPECT_EQ(Written(5), kDone);
+}
+
+TEST_F(ServerLoopTest, RequestsOf64ClientsAreServedInRotation) {
+  for (int i = 0; i < kPipeInstances; ++i) OnWait([=] { fake_pipe_io::Complete(i); });
+  OnWait([] {
+    for (int i = 0; i < kPipeInstances; ++i) {
+      CompleteRead(i, Wire("1000"));
+      fake_pipe_io::ScriptRead(i, Wire("1000"));
+    }
+  });
+  Run();
+  std::vector<std::string> writes;
+  for (const std::string& call : fake_pipe_io::Calls()) {
+    if (call.rfind("write ", 0) == 0) writes.push_back(call.substr(6, call.find(' ', 6) - 6));
+  }
+  ASSERT_EQ(writes.size(), 128u);
+  // Everybody is served once before anybody is served twice.
+  std::vector<std::string> first(writes.begin(), writes.begin() + 64);
+  std::sort(first.begin(), first.end());
+  EXPECT_EQ(std::unique(first.begin(), first.end()), first.end());
+}
+
+TEST_F(ServerLoopTest, TheSystemIsAskedNowAndThenAlsoWhenMemoryAlwaysHasWork) {
+  OnWait([] {
+    fake_pipe_io::Complete(5);
+    for (int i = 0; i < 1000; ++i) fake_pipe_io::ScriptRead(5, Wire("1000"));
+  });
+  Run();
+  EXPECT_GE(fake_pipe_io::Polls(), 7);
+  EXPECT_LE(fake_pipe_io::Polls(), 20);
+}
+
+TEST_F(ServerLoopTest, NothingIsPolledWhileNothingIsToDo) {
+  ClientSends(5, "1000");
+  Run();
+  EXPECT_EQ(fake_pipe_io::Polls(), 0);
+}
+
+TEST_F(ServerLoopTest, ARequestOf8192BytesIsServed) {
+  ClientSends(5, Wire("1000") + Bytes(8190, 0xAA));
+  Run();
+  EXPECT_EQ(Written(5), kDone);
+}
+
+TEST_F(ServerLoopTest, AReplyThatDoesNotFitDisconnectsTheClient) {
+  // The reply counter is not touched between request and dispatch, so a full buffer stands for a
+  // handler that has built too much.
+  ClientSends(5, "1000");
+  OnWait([] {});
+  fake_pipe_io::OnWait([] {});
+  Pipe[5].cbToWrite = kPipeBufferSize - 5;
+  Run();
+  EXPECT_TRUE(Written(5).empty());
+  EXPECT_EQ(Count("disconnect 5"), 1);
+}
+
+}  // namespace
