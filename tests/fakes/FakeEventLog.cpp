@@ -1,0 +1,13 @@
+#include "tests/fakes/FakeEventLog.h"
+
+#include <utility>
+
+#include "platform/EventLog.h"
+
+namespace {
+std::vector<fake_event_log::Event> g_events;
+}
+
+std::vector<fake_event_log::Event> fake_event_log::Take() { return std::exchange(g_events, {}); }
+
+void ReportErrorEvent(const char* source, const char* text) { g_events.push_back({source, text}); }

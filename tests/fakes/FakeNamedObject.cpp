@@ -1,0 +1,45 @@
+#include "tests/fakes/FakeNamedObject.h"
+
+#include <set>
+
+#include "platform/NamedObject.h"
+
+namespace {
+
+struct State {
+  std::vector<std::string> calls;
+  std::set<std::string> events;
+  std::uint32_t waitResult = WAIT_OBJECT_0;
+  bool mutexes = true;
+} g_state;
+
+int g_mutex = 0;
+
+}  // namespace
+
+namespace fake_named_object {
+
+void Reset() { g_state = {}; }
+std::vector<std::string> Calls() { return g_state.calls; }
+void AnswerWait(std::uint32_t result) { g_state.waitResult = result; }
+void RefuseMutexes() { g_state.mutexes = false; }
+void OfferEvent(const std::string& name) { g_state.events.insert(name); }
+
+}  // namespace fake_named_object
+
+HANDLE platform::CreateNamedMutex(const char* name) {
+  g_state.calls.push_back(std::string("create ") + name);
+  return g_state.mutexes ? &g_mutex : nullptr;
+}
+
+std::uint32_t platform::WaitForMutex(HANDLE, std::uint32_t milliseconds) {
+  g_state.calls.push_back("wait " + std::to_string(milliseconds));
+  return g_state.waitResult;
+}
+
+void platform::ReleaseNamedMutex(HANDLE) { g_state.calls.emplace_back("release"); }
+
+bool platform::SetEventIfItExists(const char* name) {
+  g_state.calls.push_back(std::string("set ") + name);
+  return g_state.events.count(name) != 0;
+}

@@ -1,0 +1,48 @@
+#ifndef TESTS_FAKES_FAKEPIPEIO_H_
+#define TESTS_FAKES_FAKEPIPEIO_H_
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "server/PipeIo.h"
+#include "tests/support/WireHex.h"
+
+/// The pipe in memory, behind server/PipeIo.h, with completions that a test scripts.
+///
+/// Unless told otherwise a connect and a read stay pending and a write completes at once. An event
+/// is reset when an operation starts and set when it completes, as the platform does it.
+namespace fake_pipe_io {
+
+enum class Op { CreateEvent, CreatePipe, Connect, Disconnect, Read, Write };
+
+void Reset();
+
+/// What the next call of `op` on this instance answers; several are used in order.
+void Script(Op op, int conId, pipe_io::Outcome outcome);
+/// The next read on this instance completes at once with these bytes.
+void ScriptRead(int conId, const Bytes& request);
+
+/// Completes what is outstanding on the instance.
+void Complete(int conId, bool success = true, std::uint32_t count = 0, std::uint32_t error = 0);
+void CompleteRead(int conId, const Bytes& request);
+
+/// One step per wait that the loop enters with nothing due; the wait then reports the lowest
+/// signalled event. With no steps left it fails with error 6, which ends the loop.
+void OnWait(std::function<void()> step);
+
+/// The calls since Reset, as text ("read 5", "write 5 0400..."); polls and clock are not listed.
+const std::vector<std::string>& Calls();
+/// How often the loop waited, and how often it only polled.
+int Waits();
+int Polls();
+/// What was written to the instance's client, write after write.
+Bytes Written(int conId);
+
+bool IsSignalled(int conId);
+void AdvanceClock(std::uint64_t milliseconds);
+
+}  // namespace fake_pipe_io
+
+#endif  // TESTS_FAKES_FAKEPIPEIO_H_
