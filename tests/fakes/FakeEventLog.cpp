@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/EventLog.h"
+#include "tests/fakes/NotOurs.h"
 
 namespace {
 std::vector<fake_event_log::Event> g_events;
@@ -10,4 +11,7 @@ std::vector<fake_event_log::Event> g_events;
 
 std::vector<fake_event_log::Event> fake_event_log::Take() { return std::exchange(g_events, {}); }
 
-void ReportErrorEvent(const char* source, const char* text) { g_events.push_back({source, text}); }
+void ReportErrorEvent(const char* source, const char* text) {
+  const NotOurs notOurs;
+  g_events.push_back({source, text});
+}

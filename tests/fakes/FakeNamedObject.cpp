@@ -3,6 +3,7 @@
 #include <set>
 
 #include "platform/NamedObject.h"
+#include "tests/fakes/NotOurs.h"
 
 namespace {
 
@@ -28,18 +29,24 @@ void OfferEvent(const std::string& name) { g_state.events.insert(name); }
 }  // namespace fake_named_object
 
 HANDLE platform::CreateNamedMutex(const char* name) {
+  const NotOurs notOurs;
   g_state.calls.push_back(std::string("create ") + name);
   return g_state.mutexes ? &g_mutex : nullptr;
 }
 
 std::uint32_t platform::WaitForMutex(HANDLE, std::uint32_t milliseconds) {
+  const NotOurs notOurs;
   g_state.calls.push_back("wait " + std::to_string(milliseconds));
   return g_state.waitResult;
 }
 
-void platform::ReleaseNamedMutex(HANDLE) { g_state.calls.emplace_back("release"); }
+void platform::ReleaseNamedMutex(HANDLE) {
+  const NotOurs notOurs;
+  g_state.calls.emplace_back("release");
+}
 
 bool platform::SetEventIfItExists(const char* name) {
+  const NotOurs notOurs;
   g_state.calls.push_back(std::string("set ") + name);
   return g_state.events.count(name) != 0;
 }

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "server/PipeInstance.h"
+#include "tests/fakes/NotOurs.h"
 
 namespace {
 
@@ -119,6 +120,7 @@ void AdvanceClock(std::uint64_t milliseconds) { g_state.now += milliseconds; }
 namespace pipe_io {
 
 HANDLE CreateInstanceEvent() {
+  const NotOurs notOurs;
   const int conId = g_state.events++;
   auto& script = g_state.instances[conId].script[Op::CreateEvent];
   if (!script.empty() && !script.front().success) return nullptr;
@@ -127,6 +129,7 @@ HANDLE CreateInstanceEvent() {
 }
 
 HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES*, std::uint32_t& error) {
+  const NotOurs notOurs;
   const int conId = g_state.pipes++;
   Log("create " + std::to_string(conId) + " " + name);
   auto& script = g_state.instances[conId].script[Op::CreatePipe];
@@ -139,11 +142,13 @@ HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES*, std::uint32_t& err
 }
 
 Outcome Connect(HANDLE pipe, OVERLAPPED& overlapped) {
+  const NotOurs notOurs;
   Log("connect " + std::to_string(ConIdOf(pipe, kPipeBase)));
   return Begin(Op::Connect, pipe, overlapped, {false, ERROR_IO_PENDING, 0});
 }
 
 Outcome Disconnect(HANDLE pipe) {
+  const NotOurs notOurs;
   Log("disconnect " + std::to_string(ConIdOf(pipe, kPipeBase)));
   auto& script = g_state.instances[ConIdOf(pipe, kPipeBase)].script[Op::Disconnect];
   if (script.empty()) return {true, 0, 0};
@@ -153,6 +158,7 @@ Outcome Disconnect(HANDLE pipe) {
 }
 
 Outcome Read(HANDLE pipe, void* buffer, std::uint32_t size, OVERLAPPED& overlapped) {
+  const NotOurs notOurs;
   const int conId = ConIdOf(pipe, kPipeBase);
   Log("read " + std::to_string(conId));
   Outcome outcome = Begin(Op::Read, pipe, overlapped, {false, ERROR_IO_PENDING, 0});
@@ -173,6 +179,7 @@ Outcome Read(HANDLE pipe, void* buffer, std::uint32_t size, OVERLAPPED& overlapp
 }
 
 Outcome Write(HANDLE pipe, const void* data, std::uint32_t size, OVERLAPPED& overlapped) {
+  const NotOurs notOurs;
   const auto* const bytes = static_cast<const std::uint8_t*>(data);
   const Bytes reply(bytes, bytes + size);
   const int conId = ConIdOf(pipe, kPipeBase);
@@ -186,13 +193,18 @@ Outcome Write(HANDLE pipe, const void* data, std::uint32_t size, OVERLAPPED& ove
 }
 
 Outcome Completion(HANDLE pipe, OVERLAPPED& overlapped) {
+  const NotOurs notOurs;
   if (!IsComplete(overlapped)) return {false, ERROR_IO_INCOMPLETE, 0};
   return g_state.instances[ConIdOf(pipe, kPipeBase)].completion;
 }
 
-bool IsComplete(const OVERLAPPED& overlapped) { return overlapped.Internal != kPending; }
+bool IsComplete(const OVERLAPPED& overlapped) {
+  const NotOurs notOurs;
+  return overlapped.Internal != kPending;
+}
 
 void Abandon(HANDLE pipe, OVERLAPPED& overlapped) {
+  const NotOurs notOurs;
   const int conId = ConIdOf(pipe, kPipeBase);
   Log("abandon " + std::to_string(conId));
   overlapped.Internal = 0xC0000120;
@@ -201,6 +213,7 @@ void Abandon(HANDLE pipe, OVERLAPPED& overlapped) {
 }
 
 void Signal(HANDLE event) {
+  const NotOurs notOurs;
   if (event == nullptr) return;  // an instance without a pool around it
   const int conId = ConIdOf(event, kEventBase);
   Log("signal " + std::to_string(conId));
@@ -208,11 +221,13 @@ void Signal(HANDLE event) {
 }
 
 void Unsignal(HANDLE event) {
+  const NotOurs notOurs;
   g_state.instances[ConIdOf(event, kEventBase)].signalled = false;
 }
 
 std::uint32_t WaitAny(const HANDLE*, std::uint32_t count, std::uint32_t milliseconds,
                       std::uint32_t& error) {
+  const NotOurs notOurs;
   error = 0;
   if (milliseconds == 0) {
     ++g_state.polls;
@@ -234,13 +249,25 @@ std::uint32_t WaitAny(const HANDLE*, std::uint32_t count, std::uint32_t millisec
 }
 
 void FlushUntil(HANDLE pipe, std::uint64_t deadline) {
+  const NotOurs notOurs;
   Log("flush " + std::to_string(ConIdOf(pipe, kPipeBase)) + " for " +
       std::to_string(deadline - g_state.now));
 }
 
-void Close(HANDLE pipe) { Log("close " + std::to_string(ConIdOf(pipe, kPipeBase))); }
-std::uint64_t Now() { return g_state.now; }
-void GiveWay() { Log("give way"); }
-std::uintptr_t ErrorQueryAddress() { return 4711; }
+void Close(HANDLE pipe) {
+  const NotOurs notOurs;
+  Log("close " + std::to_string(ConIdOf(pipe, kPipeBase)));
+}
+std::uint64_t Now() {
+  const NotOurs notOurs;
+  return g_state.now;
+}
+void GiveWay() {
+  const NotOurs notOurs;
+  Log("give way");
+}
+std::uintptr_t ErrorQueryAddress() {
+  return 4711;
+}
 
 }  // namespace pipe_io

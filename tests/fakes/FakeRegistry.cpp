@@ -8,6 +8,7 @@
 
 #include "platform/WinTypes.h"
 #include "registry/RegistryOperation.h"
+#include "tests/fakes/NotOurs.h"
 
 namespace fake_registry {
 namespace {
@@ -96,6 +97,7 @@ bool Approve(const char* path, CanonicalPath& canonical) {
 
 // Resolves dot elements as the platform does, and takes at most 259 bytes.
 bool CanonicalisePath(const char* path, CanonicalPath& canonical) {
+  const NotOurs notOurs;
   if (std::strlen(path) >= CanonicalPath::kCapacity) return false;
   std::vector<std::string> kept;
   std::string text = path;
@@ -119,6 +121,7 @@ bool CanonicalisePath(const char* path, CanonicalPath& canonical) {
 }
 
 std::uint32_t RegCreateKeyBL(const char* path) {
+  const NotOurs notOurs;
   Called();
   if (path == nullptr) return ERROR_INVALID_PARAMETER;
   CanonicalPath canonical;
@@ -128,6 +131,7 @@ std::uint32_t RegCreateKeyBL(const char* path) {
 }
 
 std::uint32_t RegDelKeyBL(const char* path) {
+  const NotOurs notOurs;
   Called();
   if (path == nullptr) return ERROR_INVALID_PARAMETER;
   CanonicalPath canonical;
@@ -141,6 +145,7 @@ std::uint32_t RegDelKeyBL(const char* path) {
 }
 
 std::uint32_t RegSetValueBL(const char* path, const char* name, const char* text) {
+  const NotOurs notOurs;
   Called();
   if (path == nullptr || name == nullptr || text == nullptr) return ERROR_INVALID_PARAMETER;
   CanonicalPath canonical;
@@ -152,6 +157,7 @@ std::uint32_t RegSetValueBL(const char* path, const char* name, const char* text
 }
 
 std::uint32_t RegGetValueBL(const char* path, const char* name, void* buffer, std::uint32_t& size) {
+  const NotOurs notOurs;
   Called();
   if (path == nullptr || name == nullptr || buffer == nullptr || size == 0) {
     return ERROR_INVALID_PARAMETER;
@@ -171,6 +177,7 @@ std::uint32_t RegGetValueBL(const char* path, const char* name, void* buffer, st
 }
 
 std::uint32_t RegDelValueBL(const char* path, const char* name) {
+  const NotOurs notOurs;
   Called();
   if (path == nullptr || name == nullptr) return ERROR_INVALID_PARAMETER;
   CanonicalPath canonical;
@@ -182,6 +189,7 @@ std::uint32_t RegDelValueBL(const char* path, const char* name) {
 
 std::uint32_t RegEnumKeyBL(const char* path, std::int32_t index, char* name,
                            std::uint32_t& length) {
+  const NotOurs notOurs;
   Called();
   if (path == nullptr || name == nullptr || index < 0 || length == 0) {
     return ERROR_INVALID_PARAMETER;
@@ -198,6 +206,7 @@ std::uint32_t RegEnumKeyBL(const char* path, std::int32_t index, char* name,
 
 std::uint32_t RegEnumValueBL(const char* path, std::int32_t index, char* name,
                              std::uint32_t& nameLength, void* data, std::uint32_t& dataLength) {
+  const NotOurs notOurs;
   Called();
   if (path == nullptr || name == nullptr || data == nullptr || index < 0 || nameLength == 0 ||
       dataLength == 0) {

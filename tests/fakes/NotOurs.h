@@ -1,0 +1,19 @@
+#ifndef TESTS_FAKES_NOTOURS_H_
+#define TESTS_FAKES_NOTOURS_H_
+
+/// Marks what runs inside a fake, so that a test which counts the product's allocations leaves out
+/// those of the stand-in.
+class NotOurs {
+ public:
+  NotOurs() { ++depth_; }
+  ~NotOurs() { --depth_; }
+  NotOurs(const NotOurs&) = delete;
+  NotOurs& operator=(const NotOurs&) = delete;
+
+  static bool Inside() { return depth_ != 0; }
+
+ private:
+  static inline int depth_ = 0;
+};
+
+#endif  // TESTS_FAKES_NOTOURS_H_
