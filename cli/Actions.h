@@ -1,0 +1,29 @@
+#ifndef CLI_ACTIONS_H_
+#define CLI_ACTIONS_H_
+
+#include "cli/Subcommands.h"
+
+/// What the subcommands do. Each writes its output and returns the exit code.
+namespace cli {
+
+int StartAction(const Invocation& invocation, Output& output);
+int PingAction(const Invocation& invocation, Output& output);
+int StopAction(const Invocation& invocation, Output& output);
+
+int RegLsAction(const Invocation& invocation, Output& output);
+int RegValuesAction(const Invocation& invocation, Output& output);
+int RegGetAction(const Invocation& invocation, Output& output);
+int RegSetAction(const Invocation& invocation, Output& output);
+int RegUnsetAction(const Invocation& invocation, Output& output);
+int RegCreateAction(const Invocation& invocation, Output& output);
+int RegDeleteAction(const Invocation& invocation, Output& output);
+
+int RawAction(const Invocation& invocation, Output& output);
+
+int CodesAction(const Invocation& invocation, Output& output);
+int CommandsAction(const Invocation& invocation, Output& output);
+int HelpAction(const Invocation& invocation, Output& output);
+
+}  // namespace cli
+
+#endif  // CLI_ACTIONS_H_

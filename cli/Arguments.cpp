@@ -1,0 +1,209 @@
+#include "cli/Arguments.h"
+
+#include <algorithm>
+#include <iterator>
+#include <vector>
+
+namespace cli {
+namespace {
+
+constexpr std::uint32_t kMillisecondsPerDay = 24 * 60 * 60 * 1000;
+
+char ToUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return ToUpper(x) == ToUpper(y); });
+}
+
+bool ParseHexNumber(std::string_view digits, std::uint32_t& number) {
+  constexpr std::size_t kDigits = 8;
+  if (digits.empty() || digits.size() > kDigits) return false;
+  number = 0;
+  for (const char c : digits) {
+    const char upper = ToUpper(c);
+    if (c >= '0' && c <= '9') {
+      number = number * 16 + static_cast<std::uint32_t>(c - '0');
+    } else if (upper >= 'A' && upper <= 'F') {
+      number = number * 16 + static_cast<std::uint32_t>(upper - 'A' + 10);
+    } else {
+      return false;
+    }
+  }
+  return true;
+}
+
+// Walks over the words and sorts them into options and the rest.
+class Parser {
+ public:
+  Parser(std::span<const std::string> words, Invocation& invocation)
+      : words_(words), invocation_(invocation) {}
+
+  std::string Run() {
+    while (at_ < words_.size()) {
+      const std::string& word = words_[at_++];
+      if (onlyArguments_ || !word.starts_with("--")) {
+        rest_.push_back(word);
+      } else if (word == "--") {
+        onlyArguments_ = true;
+      } else {
+        std::string error = TakeOption(word);
+        if (!error.empty()) return error;
+      }
+    }
+    return invocation_.version ? std::string() : TakeSubcommand();
+  }
+
+ private:
+  std::string TakeOption(const std::string& word) {
+    const std::size_t equals = word.find('=');
+    const std::string name = word.substr(0, equals);
+    hasValue_ = equals != std::string::npos;
+    value_ = hasValue_ ? word.substr(equals + 1) : std::string();
+
+    if (name == "--timeout") return TakeTimeout();
+    if (name == "--pipe") return TakeText(name, invocation_.pipe);
+    if (name == "--server") return TakeText(name, invocation_.server);
+    if (name == "--base") return TakeBase();
+    if (name == "--stay") return TakeFlag(name, invocation_.stay);
+    if (name == "--json") return TakeFlag(name, invocation_.json);
+    if (name == "--help") return TakeFlag(name, invocation_.help);
+    if (name == "--version") return TakeFlag(name, invocation_.version);
+    return "there is no option " + name + " (a text that begins with -- goes behind a lone --)";
+  }
+
+  std::string TakeFlag(const std::string& name, bool& flag) const {
+    if (hasValue_) return name + " takes no value";
+    flag = true;
+    return {};
+  }
+
+  std::string TakeText(const std::string& name, std::string& text) {
+    if (!hasValue_ && at_ < words_.size()) value_ = words_[at_++];
+    if (value_.empty()) return name + " needs a value";
+    text = value_;
+    return {};
+  }
+
+  std::string TakeTimeout() {
+    std::string seconds;
+    std::string error = TakeText("--timeout", seconds);
+    if (!error.empty()) return error;
+    if (ParseSeconds(seconds, invocation_.timeoutMs)) return {};
+    return "--timeout takes seconds from 0.001 to 86400, not '" + seconds + "'";
+  }
+
+  // The value may be left out, so the next word is taken only if it is one.
+  std::string TakeBase() {
+    constexpr std::uint32_t kLocalMachine = 0x80000002;
+    invocation_.hasBase = true;
+    invocation_.base = kLocalMachine;
+    if (!hasValue_) {
+      if (at_ < words_.size() && ParseRootKey(words_[at_], invocation_.base)) ++at_;
+      return {};
+    }
+    if (ParseRootKey(value_, invocation_.base)) return {};
+    return "--base takes HKLM, HKCU, HKCR, HKU, HKCC or 0x and up to eight hex digits, not '" +
+           value_ + "'";
+  }
+
+  std::string TakeSubcommand() {
+    if (rest_.empty()) {
+      return invocation_.help ? std::string() : "no command given";
+    }
+    std::size_t words = 0;
+    invocation_.subcommand = FindSubcommand(rest_, words);
+    if (invocation_.subcommand == nullptr) {
+      if (invocation_.help) return {};
+      if (rest_[0] == "reg" && rest_.size() == 1) {
+        return "reg needs one of ls, values, get, set, unset, create, delete";
+      }
+      return "there is no command '" + rest_[0] + (rest_[0] == "reg" ? " " + rest_[1] : "") + "'";
+    }
+    invocation_.arguments.assign(rest_.begin() + static_cast<std::ptrdiff_t>(words), rest_.end());
+    return invocation_.help ? std::string() : Check(*invocation_.subcommand);
+  }
+
+  std::string Check(const Subcommand& subcommand) const {
+    const std::string name = subcommand.name;
+    if (invocation_.hasBase && (subcommand.options & kTakesBase) == 0) {
+      return "--base is for reg set, reg create and reg delete; " + name +
+             " always works below HKEY_LOCAL_MACHINE";
+    }
+    if ((subcommand.options & kTakesServer) == 0) {
+      if (!invocation_.server.empty()) return "--server is for start only";
+      if (invocation_.stay) return "--stay is for start only";
+    }
+    const auto count = static_cast<int>(invocation_.arguments.size());
+    if (count < subcommand.fewest) {
+      return name + " needs " + subcommand.arguments;
+    }
+    if (count > subcommand.most) {
+      return name + " has one argument too many: '" +
+             invocation_.arguments[static_cast<std::size_t>(subcommand.most)] +
+             "' (a text with blanks needs quotation marks)";
+    }
+    return {};
+  }
+
+  std::span<const std::string> words_;
+  Invocation& invocation_;
+  std::size_t at_ = 0;
+  bool onlyArguments_ = false;
+  bool hasValue_ = false;
+  std::string value_;
+  std::vector<std::string> rest_;
+};
+
+}  // namespace
+
+std::string ParseArguments(std::span<const std::string> words, Invocation& invocation) {
+  return Parser(words, invocation).Run();
+}
+
+bool ParseRootKey(std::string_view word, std::uint32_t& root) {
+  static constexpr struct {
+    std::string_view shortName;
+    std::string_view longName;
+    std::uint32_t value;
+  } kRoots[] = {
+      {"HKCR", "HKEY_CLASSES_ROOT", 0x80000000},   {"HKCU", "HKEY_CURRENT_USER", 0x80000001},
+      {"HKLM", "HKEY_LOCAL_MACHINE", 0x80000002},  {"HKU", "HKEY_USERS", 0x80000003},
+      {"HKCC", "HKEY_CURRENT_CONFIG", 0x80000005},
+  };
+  for (const auto& known : kRoots) {
+    if (EqualsIgnoringCase(word, known.shortName) || EqualsIgnoringCase(word, known.longName)) {
+      root = known.value;
+      return true;
+    }
+  }
+  if (!word.starts_with("0x") && !word.starts_with("0X")) return false;
+  std::uint32_t number = 0;
+  if (!ParseHexNumber(word.substr(2), number)) return false;
+  root = number;
+  return true;
+}
+
+bool ParseSeconds(std::string_view word, std::uint32_t& milliseconds) {
+  constexpr int kDecimals = 3;
+  std::uint64_t total = 0;
+  int decimals = -1;  // none, until there is a point
+  int digits = 0;
+  for (const char c : word) {
+    if (c == '.' && decimals < 0) {
+      decimals = 0;
+      continue;
+    }
+    if (c < '0' || c > '9' || decimals == kDecimals) return false;
+    if (decimals >= 0) ++decimals;
+    ++digits;
+    total = total * 10 + static_cast<std::uint64_t>(c - '0');
+    if (total > kMillisecondsPerDay) return false;
+  }
+  for (int i = std::max(decimals, 0); i < kDecimals; ++i) total *= 10;
+  if (digits == 0 || total == 0 || total > kMillisecondsPerDay) return false;
+  milliseconds = static_cast<std::uint32_t>(total);
+  return true;
+}
+
+}  // namespace cli

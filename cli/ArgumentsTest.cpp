@@ -1,0 +1,110 @@
+#include "cli/Arguments.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace cli {
+namespace {
+
+using Words = std::vector<std::string>;
+
+Invocation Parsed(const Words& words) {
+  Invocation invocation;
+  EXPECT_EQ(ParseArguments(words, invocation), "");
+  return invocation;
+}
+
+std::string ErrorOf(const Words& words) {
+  Invocation invocation;
+  return ParseArguments(words, invocation);
+}
+
+TEST(ArgumentsTest, OptionsMayStandAnywhere) {
+  const Invocation parsed =
+      Parsed({"--json", "reg", "--timeout", "2.5", "get", "K", "--pipe=P", "N"});
+  EXPECT_STREQ(parsed.subcommand->name, "reg get");
+  EXPECT_EQ(parsed.arguments, (Words{"K", "N"}));
+  EXPECT_TRUE(parsed.json);
+  EXPECT_EQ(parsed.timeoutMs, 2500u);
+  EXPECT_EQ(parsed.pipe, "P");
+}
+
+TEST(ArgumentsTest, TextsThatLookLikeOptionsGoBehindTwoDashes) {
+  const Invocation parsed = Parsed({"reg", "set", "K", "N", "--", "--json"});
+  EXPECT_EQ(parsed.arguments.back(), "--json");
+  EXPECT_FALSE(parsed.json);
+  EXPECT_EQ(Parsed({"reg", "set", "K", "N", "-5"}).arguments.back(), "-5");
+  EXPECT_NE(ErrorOf({"reg", "set", "K", "N", "--text"}).find("--text"), std::string::npos);
+}
+
+TEST(ArgumentsTest, EmptyArgumentsCount) {
+  EXPECT_EQ(Parsed({"reg", "set", "K", "", ""}).arguments, (Words{"K", "", ""}));
+}
+
+TEST(ArgumentsTest, TheBaseMayBeLeftOutNamedOrWrittenAsANumber) {
+  EXPECT_FALSE(Parsed({"reg", "create", "K"}).hasBase);
+  EXPECT_EQ(Parsed({"reg", "create", "K", "--base"}).base, 0x80000002u);
+  EXPECT_EQ(Parsed({"reg", "create", "--base", "K"}).base, 0x80000002u);
+  EXPECT_EQ(Parsed({"reg", "create", "--base", "hkcu", "K"}).base, 0x80000001u);
+  EXPECT_EQ(Parsed({"reg", "create", "--base=0x12", "K"}).base, 0x12u);
+  EXPECT_EQ(Parsed({"reg", "create", "K", "--base", "HKEY_LOCAL_MACHINE"}).base, 0x80000002u);
+  EXPECT_NE(ErrorOf({"reg", "create", "--base=XY", "K"}).find("'XY'"), std::string::npos);
+}
+
+TEST(ArgumentsTest, OptionsOfOtherCommandsAreRefused) {
+  EXPECT_NE(ErrorOf({"reg", "get", "K", "N", "--base"}).find("--base"), std::string::npos);
+  EXPECT_NE(ErrorOf({"ping", "--server", "x"}).find("--server"), std::string::npos);
+  EXPECT_NE(ErrorOf({"stop", "--stay"}).find("--stay"), std::string::npos);
+}
+
+TEST(ArgumentsTest, WhatIsMissingOrTooMuchIsNamed) {
+  EXPECT_NE(ErrorOf({}), "");
+  EXPECT_NE(ErrorOf({"reg"}).find("ls, values"), std::string::npos);
+  EXPECT_NE(ErrorOf({"reg", "find"}).find("'reg find'"), std::string::npos);
+  EXPECT_NE(ErrorOf({"pong"}).find("'pong'"), std::string::npos);
+  EXPECT_NE(ErrorOf({"reg", "get", "K"}).find("PATH NAME"), std::string::npos);
+  EXPECT_NE(ErrorOf({"reg", "ls", "My", "Key"}).find("'Key'"), std::string::npos);
+  EXPECT_NE(ErrorOf({"raw"}), "");
+  EXPECT_NE(ErrorOf({"ping", "--json=1"}), "");
+  EXPECT_NE(ErrorOf({"ping", "--pipe"}), "");
+  EXPECT_NE(ErrorOf({"ping", "--timeout", "soon"}).find("'soon'"), std::string::npos);
+}
+
+TEST(ArgumentsTest, HelpAndVersionAreNeverWrong) {
+  EXPECT_TRUE(Parsed({"--help"}).help);
+  EXPECT_STREQ(Parsed({"reg", "get", "--help"}).subcommand->name, "reg get");
+  EXPECT_EQ(Parsed({"nonsense", "--help"}).subcommand, nullptr);
+  EXPECT_TRUE(Parsed({"--version"}).version);
+}
+
+TEST(ArgumentsTest, RootKeysAreNamesOrNumbers) {
+  std::uint32_t root = 0;
+  EXPECT_TRUE(ParseRootKey("HKU", root));
+  EXPECT_EQ(root, 0x80000003u);
+  EXPECT_TRUE(ParseRootKey("0xFFFFFFFF", root));
+  EXPECT_EQ(root, 0xFFFFFFFFu);
+  for (const char* const word : {"", "HK", "80000002", "0x", "0x123456789", "0xG", "HKLMX"}) {
+    EXPECT_FALSE(ParseRootKey(word, root)) << word;
+  }
+}
+
+TEST(ArgumentsTest, SecondsHaveUpToThreeDecimalsAndBounds) {
+  std::uint32_t milliseconds = 0;
+  EXPECT_TRUE(ParseSeconds("10", milliseconds));
+  EXPECT_EQ(milliseconds, 10000u);
+  EXPECT_TRUE(ParseSeconds("0.001", milliseconds));
+  EXPECT_EQ(milliseconds, 1u);
+  EXPECT_TRUE(ParseSeconds(".5", milliseconds));
+  EXPECT_EQ(milliseconds, 500u);
+  EXPECT_TRUE(ParseSeconds("86400", milliseconds));
+  EXPECT_EQ(milliseconds, 86400000u);
+  for (const char* const word : {"", ".", "0", "0.000", "-1", "1e3", "1.2.3", "1.0001", "86400.001",
+                                 "99999999999999999999", " 1", "1s"}) {
+    EXPECT_FALSE(ParseSeconds(word, milliseconds)) << word;
+  }
+}
+
+}  // namespace
+}  // namespace cli

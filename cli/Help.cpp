@@ -1,0 +1,75 @@
+#include "cli/Help.h"
+
+#include <cstdio>
+
+#ifndef QORLIX_VERSION
+#error "the build tells the version"
+#endif
+
+namespace cli {
+namespace {
+
+constexpr char kIntroduction[] =
+    "qorlixctl talks to QorlixSRV, the privileged helper server of the communication stack, over\n"
+    "its local pipe: it starts and stops the server, edits the stack's part of the registry "
+    "through\n"
+    "it, and sends it any request.\n"
+    "\n"
+    "usage: qorlixctl [OPTIONS] COMMAND [ARGUMENTS]\n";
+
+constexpr char kOptions[] =
+    "Options, anywhere on the line:\n"
+    "  --json             write one JSON object, in ASCII, instead of text\n"
+    "  --timeout SECONDS  wait that long for a connection, and again for the reply (10)\n"
+    "  --pipe NAME        talk to another pipe than \\\\.\\pipe\\QorlixSRVPIPE32\n"
+    "  --help             explain the program, or the command\n"
+    "  --version          say which version this is\n"
+    "  --                 what follows are arguments, even if it begins with --\n";
+
+constexpr char kExitCodes[] =
+    "Exit codes:\n"
+    "  0  the server did it: its result is 0\n"
+    "  1  the server answered another result, or its process ended before it was ready\n"
+    "  2  the command line is wrong; nothing was sent\n"
+    "  3  the server was not reached, was busy, or did not send a whole reply\n";
+
+constexpr char kFirstSteps[] =
+    "First steps, in an elevated command prompt beside QorlixSRV.exe:\n"
+    "  qorlixctl start\n"
+    "  qorlixctl reg create SOFTWARE\\Vesmark\\NORVA\\Demo\n"
+    "  qorlixctl reg set SOFTWARE\\Vesmark\\NORVA\\Demo Greeting \"Hello there\"\n"
+    "  qorlixctl reg get SOFTWARE\\Vesmark\\NORVA\\Demo Greeting\n"
+    "  qorlixctl stop\n"
+    "\n"
+    "'qorlixctl COMMAND --help' explains a command, with examples.\n";
+
+std::string UsageOf(const Subcommand& subcommand) {
+  std::string usage = subcommand.name;
+  if (*subcommand.arguments != '\0') usage = usage + ' ' + subcommand.arguments;
+  return usage;
+}
+
+}  // namespace
+
+std::string OverallHelp() {
+  std::string help = std::string(kIntroduction) + "\nCommands:\n";
+  for (const Subcommand& subcommand : Subcommands()) {
+    char line[160];
+    (void)std::snprintf(line, sizeof(line), "  %-27s %s\n", UsageOf(subcommand).c_str(),
+                        subcommand.summary);
+    help += line;
+  }
+  return help + '\n' + kOptions + '\n' + kExitCodes + '\n' + kFirstSteps;
+}
+
+std::string SubcommandHelp(const Subcommand& subcommand) {
+  std::string help = "usage: qorlixctl " + UsageOf(subcommand);
+  if ((subcommand.options & kTakesBase) != 0) help += " [--base [ROOT]]";
+  if ((subcommand.options & kTakesServer) != 0) help += " [--server PATH] [--stay]";
+  help += std::string(" [OPTIONS]\n\n") + subcommand.summary + ".\n\n" + subcommand.details;
+  return help + '\n' + kOptions;
+}
+
+std::string VersionLine() { return "qorlixctl " QORLIX_VERSION "\n"; }
+
+}  // namespace cli

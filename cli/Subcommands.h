@@ -1,0 +1,69 @@
+#ifndef CLI_SUBCOMMANDS_H_
+#define CLI_SUBCOMMANDS_H_
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace cli {
+
+/// What the process exits with.
+enum ExitCode : int {
+  kExitOk = 0,         ///< the server answered 0
+  kExitServer = 1,     ///< the server answered another code, or its process ended
+  kExitUsage = 2,      ///< the command line makes no request
+  kExitTransport = 3,  ///< the server was not reached, or no whole reply came back
+};
+
+/// What a run writes, in UTF-8: at its end, or when it asks for it because it goes on for long.
+struct Output {
+  std::string out;
+  std::string err;
+  void (*write)(Output& output) = nullptr;  ///< writes both, and clears them
+
+  void Write() {
+    if (write != nullptr) write(*this);
+  }
+};
+
+struct Invocation;
+
+/// One subcommand: what it takes, how it is explained, and what does it.
+struct Subcommand {
+  const char* name;       ///< one or two words
+  const char* arguments;  ///< as the help shows them
+  int fewest;             ///< arguments
+  int most;               ///< arguments
+  unsigned options;       ///< OptionBit values, beyond those that every subcommand has
+  const char* summary;    ///< one line
+  const char* details;    ///< the rest of its help
+  int (*action)(const Invocation& invocation, Output& output);
+};
+
+enum OptionBit : unsigned { kTakesBase = 1, kTakesServer = 2 };  // --server and --stay
+
+/// A command line, taken apart. Texts are UTF-8.
+struct Invocation {
+  const Subcommand* subcommand = nullptr;
+  std::vector<std::string> arguments;
+  bool json = false;
+  bool help = false;
+  bool version = false;
+  std::uint32_t timeoutMs = 10000;
+  std::string pipe;    ///< empty: the server's own
+  std::string server;  ///< empty: the program beside this one
+  bool stay = false;
+  bool hasBase = false;
+  std::uint32_t base = 0;
+};
+
+std::span<const Subcommand> Subcommands();
+
+/// The subcommand that the words begin with, or null. `words` receives how many they were.
+const Subcommand* FindSubcommand(std::span<const std::string> words, std::size_t& count);
+
+}  // namespace cli
+
+#endif  // CLI_SUBCOMMANDS_H_

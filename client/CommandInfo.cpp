@@ -1,0 +1,197 @@
+#include "client/CommandInfo.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "codec/Wire.h"
+
+namespace client {
+namespace {
+
+constexpr std::uint32_t kRegistryText = 8160;
+constexpr std::uint32_t kPathText = 260;
+
+constexpr CommandInfo kCommands[] = {
+    {CommandCode::Reg_DelKey, "Reg_DelKey", "text key", "", "", "", kRegistryText},
+    {CommandCode::Reg_CreateKey, "Reg_CreateKey", "text key", "", "", "", kRegistryText},
+    {CommandCode::Reg_SetValue, "Reg_SetValue", "text key; text name; text value", "", "", "",
+     kRegistryText},
+    {CommandCode::Install, "Install", "text deviceId; text languageExtension", "", "", "",
+     kPathText},
+    {CommandCode::Deinstall, "Deinstall", "text deviceId; text languageExtension; text board", "",
+     "", "", kPathText},
+    {.code = CommandCode::AddIpAddress,
+     .name = "AddIpAddress",
+     .request = "long address; long mask; long interfaceIndex",
+     .success = "long nteContext; long nteInstance",
+     .tooLong = "",
+     .failure = "",
+     .doubling = Doubling::OnFailure,
+     .fixedShape = true},
+    {CommandCode::DelIpAddress, "DelIpAddress", "long nteContext", "", "", ""},
+    {.code = CommandCode::InstallWdmDriver_32,
+     .name = "InstallWdmDriver_32",
+     .request = "text service; text infFile; text third; long mode",
+     .success = "",
+     .tooLong = "",
+     .failure = "",
+     .textRoom = kPathText,
+     .doubling = Doubling::OnceItsLibraryIsLoaded},
+    {CommandCode::NoOperation, "NoOperation", "", "", "", ""},
+    {.code = CommandCode::RunOnlinePanel_32,
+     .name = "RunOnlinePanel_32",
+     .request = "",
+     .success = "",
+     .tooLong = "",
+     .failure = "",
+     .doubling = Doubling::OnceItsLibraryIsLoaded},
+    {CommandCode::Reg_DelValue, "Reg_DelValue", "text key; text name", "", "", "", kRegistryText},
+    {CommandCode::Reg_EnumKey, "Reg_EnumKey", "text key; long index", "text name; long nameLength",
+     "long nameLength", "long nameLength", kRegistryText},
+    {CommandCode::Reg_GetValue, "Reg_GetValue", "text key; text name", "text data; long dataLength",
+     "long dataLength", "long dataLength", kRegistryText},
+    {CommandCode::Reg_EnumValue, "Reg_EnumValue", "text key; long index",
+     "text name; long nameLength; text data; long dataLength", "long nameLength; long dataLength",
+     "long nameLength; long dataLength", kRegistryText},
+    {CommandCode::Reg_SetValueBase, "Reg_SetValueBase",
+     "long rootKey; text key; text name; text value", "", "", "", kRegistryText},
+    {CommandCode::Reg_CreateKeyBase, "Reg_CreateKeyBase", "long rootKey; text key", "", "", "",
+     kRegistryText},
+    {CommandCode::Reg_DelKeyBase, "Reg_DelKeyBase", "long rootKey; text key", "", "", "",
+     kRegistryText},
+    {CommandCode::BC_HasUninitializedInstances, "BC_HasUninitializedInstances", "", "", "", ""},
+    {CommandCode::BC_BoardGetMap, "BC_BoardGetMap",
+     "text deviceId; text adapter; text hardwareId; long boardMapRoom",
+     "text boardMap; long boardMapLength", "long boardMapLength", "long boardMapLength"},
+    {CommandCode::GetBoardInformation, "GetBoardInformation",
+     "buffer data1; buffer value1; buffer value2; buffer value3; buffer data2; buffer area1Size; "
+     "buffer area2Size; buffer lastValue",
+     "buffer area1; buffer value; buffer area2; long result1; long result2", "", ""},
+    {CommandCode::BC_EnumInstBoard, "BC_EnumInstBoard",
+     "long index; long boardRoom; long deviceIdRoom; long netTypeRoom; long hardwareIdRoom; "
+     "long hardwareInstanceIdRoom; long boardMapRoom",
+     "text board; long boardLength; text deviceId; long deviceIdLength; text netType; "
+     "long netTypeLength; text hardwareId; long hardwareIdLength; text hardwareInstanceId; "
+     "long hardwareInstanceIdLength; text boardMap; long boardMapLength; long state",
+     "long boardLength; long deviceIdLength; long netTypeLength; long hardwareIdLength; "
+     "long hardwareInstanceIdLength; long boardMapLength",
+     "long boardLength; long deviceIdLength; long netTypeLength; long boardMapLength"},
+    // The third number of a failure is a constant, not the adapter's length, and the lengths are in
+    // another order than on success.
+    {CommandCode::BC_EnumBoard, "BC_EnumBoard",
+     "text deviceId; long index; long boardRoom; long boardMapRoom; long adapterRoom",
+     "text board; long boardLength; text boardMap; long boardMapLength; text adapter; "
+     "long adapterLength",
+     "long boardLength; long boardMapLength; long adapterLength",
+     "long boardLength; long capacity; long boardMapLength"},
+    {CommandCode::BC_EnumAvailableBoard, "BC_EnumAvailableBoard",
+     "long index; long boardRoom; long deviceIdRoom",
+     "text board; long boardLength; text deviceId; long deviceIdLength; long value",
+     "long boardLength; long deviceIdLength", "long boardLength; long deviceIdLength"},
+    {CommandCode::BC_GetBoardInfo, "BC_GetBoardInfo",
+     "long infoType; text board; text boardMap; text deviceId; text hardwareInstanceId; "
+     "long valueRoom",
+     "text value; long valueLength", "long valueLength", "long valueLength"},
+    {CommandCode::BC_EnumConfiguration, "BC_EnumConfiguration",
+     "long index; text board; text boardMap; text deviceId; text hardwareInstanceId; "
+     "long configurationRoom; long protocolTypeRoom; long layer4ProtocolRoom; long unitRoom",
+     "text configuration; long configurationLength; text protocolType; long protocolTypeLength; "
+     "text layer4Protocol; long layer4ProtocolLength; text unit; long unitLength",
+     "long configurationLength; long protocolTypeLength; long layer4ProtocolLength; "
+     "long unitLength",
+     "long configurationLength; long protocolTypeLength; long layer4ProtocolLength; "
+     "long unitLength"},
+    // Too long an answer is told without any length.
+    {CommandCode::BC_EnumAdapters, "BC_EnumAdapters",
+     "long index; long adapterNameRoom; long boardMapRoom",
+     "text adapterName; long adapterNameLength; text boardMap; long boardMapLength; byte value", "",
+     "long adapterNameLength; long boardMapLength"},
+    {CommandCode::BC_Scan, "BC_Scan", "", "", "", ""},
+    {CommandCode::BC_UpdateLogDevicesForDevice, "BC_UpdateLogDevicesForDevice",
+     "text deviceId; text hardwareId", "", "", ""},
+    {CommandCode::BC_CreateAllLogdevices, "BC_CreateAllLogdevices", "", "", "", ""},
+    {CommandCode::BC_GetBoardInfoEx, "BC_GetBoardInfoEx",
+     "long infoType; text board; text boardMap; text hardwareInstanceId; long bufferRoom",
+     "buffer data", "long dataLength", "long dataLength"},
+    {.code = CommandCode::TestFunction,
+     .name = "TestFunction",
+     .request = "text text",
+     .success = "text text",
+     .tooLong = "",
+     .failure = "",
+     .textRoom = kPathText,
+     .done = 999},
+    {.code = CommandCode::StopServer,
+     .name = "StopServer",
+     .request = "long confirmation",
+     .success = "",
+     .tooLong = "",
+     .failure = "",
+     .doubling = Doubling::OnUnreadable},
+    {CommandCode::RegisterForDeviceChangeNotifications, "RegisterForDeviceChangeNotifications",
+     "text deviceId; guid interfaceClass", "", "", "", kPathText},
+    {CommandCode::UnregisterForDeviceChangeNotifications, "UnregisterForDeviceChangeNotifications",
+     "text deviceId; guid interfaceClass", "", "", "", kPathText},
+    {CommandCode::GetDeviceChange, "GetDeviceChange", "text deviceId",
+     "byte kind; text change; long changeLength; guid interfaceClass",
+     "long changeLength; long guidSize", "", kPathText},
+    {CommandCode::SilentRestart, "SilentRestart", "text logDevice; text event", "", "", "",
+     kPathText},
+    {CommandCode::GetSilentRestartResult, "GetSilentRestartResult", "text event", "", "", ""},
+    {CommandCode::GetDeviceStateEx, "GetDeviceStateEx", "text hardwareId; long option",
+     "long status; long problem", "", ""},
+    {CommandCode::BC_PlausibilitaetBL, "BC_PlausibilitaetBL", "", "", "", ""},
+};
+
+constexpr std::uint32_t CodeOf(const CommandInfo& command) {
+  return static_cast<std::uint32_t>(command.code);
+}
+
+constexpr bool IsSound() {
+  for (std::size_t i = 0; i < std::size(kCommands); ++i) {
+    const CommandInfo& command = kCommands[i];
+    if (i != 0 && CodeOf(kCommands[i - 1]) >= CodeOf(command)) return false;
+    for (const char* const list :
+         {command.request, command.success, command.tooLong, command.failure}) {
+      if (!IsFieldList(list)) return false;
+    }
+  }
+  return true;
+}
+static_assert(IsSound(), "the look-up is a binary search, and every description must be readable");
+
+}  // namespace
+
+std::span<const CommandInfo> Commands() noexcept { return kCommands; }
+
+const CommandInfo* FindCommand(std::uint32_t code) noexcept {
+  const auto* const found = std::lower_bound(
+      std::begin(kCommands), std::end(kCommands), code,
+      [](const CommandInfo& command, std::uint32_t wanted) { return CodeOf(command) < wanted; });
+  return found != std::end(kCommands) && CodeOf(*found) == code ? found : nullptr;
+}
+
+const CommandInfo* CommandOf(Bytes request) noexcept {
+  if (request.size() < sizeof(std::uint16_t)) return nullptr;
+  return FindCommand(wire::Load<std::uint16_t>(request.data()));
+}
+
+bool IsReadable(const CommandInfo& command, Bytes request) noexcept {
+  const Bytes seen = request.first(std::min<std::size_t>(request.size(), kMessageLimit));
+  std::uint32_t cursor = sizeof(std::uint16_t);
+  FieldList fields(command.request);
+  Field field;
+  while (fields.Next(field)) {
+    FieldValue value;
+    const auto limit = static_cast<std::uint32_t>(seen.size());
+    if (TakeField(field.kind, seen, limit, /*mayBeAbsent=*/true, cursor, value) !=
+        FieldStatus::Taken) {
+      return false;
+    }
+    // The server needs one byte of its buffer for the terminator.
+    if (field.kind == FieldKind::Text && value.bytes.size() >= command.textRoom) return false;
+  }
+  return true;
+}
+
+}  // namespace client

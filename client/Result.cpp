@@ -1,0 +1,55 @@
+#include "client/Result.h"
+
+#include "client/PipeTransport.h"
+#include "client/ResultCodes.h"
+
+namespace client {
+namespace {
+
+const char* ConnectText(std::uint32_t code) {
+  switch (code) {
+    case kPipeNotFound:
+      return "the server is not running: its pipe does not exist";
+    case kPipeBusy:
+      return "the server is busy: all its connections stayed in use until the time ran out";
+    case kPipeAccessDenied:
+      return "the pipe does not admit this user";
+    default:
+      return ResultText(code);
+  }
+}
+
+const char* SendText(std::uint32_t code) {
+  if (IsPipeBroken(code)) return "the server closed the connection before the request was through";
+  if (code == kTimedOut) return "the server did not take the request before the time ran out";
+  return ResultText(code);
+}
+
+const char* ReceiveText(std::uint32_t code) {
+  if (IsPipeBroken(code)) return "the server closed the connection without a whole reply";
+  if (code == kTimedOut) return "no whole reply came before the time ran out";
+  if (code == kInvalidReply) return "what came back is not a reply of the server";
+  return ResultText(code);
+}
+
+}  // namespace
+
+const char* Result::name() const noexcept { return ResultName(code_); }
+
+const char* Result::text() const noexcept {
+  switch (origin_) {
+    case Origin::Server:
+      return ResultText(code_);
+    case Origin::Request:
+      return "the request is longer than the 8192 bytes that the server reads at once";
+    case Origin::Connect:
+      return ConnectText(code_);
+    case Origin::Send:
+      return SendText(code_);
+    case Origin::Receive:
+      return ReceiveText(code_);
+  }
+  return ResultText(code_);
+}
+
+}  // namespace client
