@@ -1,0 +1,20 @@
+#ifndef BENCH_BENCHREGISTRY_H_
+#define BENCH_BENCHREGISTRY_H_
+
+#include <cstdint>
+
+/// The piece of registry that the registry workloads read; the load generator makes it below
+/// HKEY_LOCAL_MACHINE and removes it again.
+namespace bench {
+
+inline constexpr char kKeyPath[] = "SOFTWARE\\Vesmark\\NORVA\\Benchmark";
+inline constexpr char kValueName[] = "BoardName";
+inline constexpr char kValueText[] = "Ring adapter 1";
+inline constexpr char kSubkeyName[] = "Adapter0001";  ///< the only one, so its index is 0
+
+/// Room that the product offers the registry for an answer; the yardstick offers the same.
+inline constexpr std::uint32_t kAnswerRoom = 8160;
+
+}  // namespace bench
+
+#endif  // BENCH_BENCHREGISTRY_H_
