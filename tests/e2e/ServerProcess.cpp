@@ -1,0 +1,197 @@
+#include "tests/e2e/ServerProcess.h"
+
+#include <windows.h>
+
+#include <psapi.h>
+#include <winternl.h>
+
+#include <algorithm>
+
+namespace e2e {
+namespace {
+
+constexpr char kStartEvent[] = "_QorlixSRVStartSRVEvent";
+constexpr DWORD kStartMs = 20000;
+constexpr DWORD kSettleMs = 3000;
+constexpr DWORD kDebugPollMs = 20;
+constexpr UINT kKilled = 9;
+
+// What the list of all handles begins with, and one entry of it.
+constexpr int kSystemExtendedHandleInformation = 64;
+struct HandleList {
+  ULONG_PTR count;
+  ULONG_PTR reserved;
+};
+struct HandleEntry {
+  void* object;
+  ULONG_PTR process;
+  ULONG_PTR handle;
+  ULONG access;
+  USHORT backTrace;
+  USHORT type;
+  ULONG attributes;
+  ULONG reserved;
+};
+
+// For systems that answer the plain question with nothing.
+std::uint32_t CountInListOfAllHandles(std::uint32_t processId) {
+  constexpr std::size_t kRoom = 4 << 20;
+  using Query = NTSTATUS(NTAPI*)(int, void*, ULONG, ULONG*);
+  const auto query = reinterpret_cast<Query>(
+      GetProcAddress(GetModuleHandleA("ntdll.dll"), "NtQuerySystemInformation"));
+  std::vector<unsigned char> list(kRoom);
+  if (query == nullptr ||
+      query(kSystemExtendedHandleInformation, list.data(), kRoom, nullptr) < 0) {
+    return 0;
+  }
+  const auto* const head = reinterpret_cast<const HandleList*>(list.data());
+  const auto* const entries =
+      reinterpret_cast<const HandleEntry*>(list.data() + sizeof(HandleList));
+  return static_cast<std::uint32_t>(
+      std::count_if(entries, entries + head->count,
+                    [processId](const HandleEntry& entry) { return entry.process == processId; }));
+}
+
+std::string DebugText(HANDLE process, const OUTPUT_DEBUG_STRING_INFO& report) {
+  std::string text(report.nDebugStringLength, '\0');
+  ReadProcessMemory(process, report.lpDebugStringData, text.data(), text.size(), nullptr);
+  return text.c_str();
+}
+
+// A job that ends what is in it when its last handle goes, that is with the test program, however
+// that ends. A server left behind would stand in the way of all later ones.
+HANDLE OwnJob() {
+  static const HANDLE job = [] {
+    const HANDLE created = CreateJobObjectA(nullptr, nullptr);
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+    SetInformationJobObject(created, JobObjectExtendedLimitInformation, &limits, sizeof(limits));
+    return created;
+  }();
+  return job;
+}
+
+}  // namespace
+
+ServerProcess::~ServerProcess() { Kill(); }
+
+std::string ServerProcess::Path() {
+  char path[MAX_PATH] = {};
+  GetModuleFileNameA(nullptr, path, sizeof(path));
+  const std::string own = path;
+  return own.substr(0, own.rfind('\\') + 1) + "QorlixSRV.exe";
+}
+
+testing::AssertionResult ServerProcess::Launch(const char* arguments, std::uint32_t flags) {
+  const std::string path = Path();
+  std::string commandLine = "\"" + path + "\" " + arguments;
+  STARTUPINFOA startup = {};
+  startup.cb = sizeof(startup);
+  PROCESS_INFORMATION started = {};
+  if (CreateProcessA(path.c_str(), commandLine.data(), nullptr, nullptr, FALSE, flags, nullptr,
+                     nullptr, &startup, &started) == FALSE) {
+    return testing::AssertionFailure() << path << " does not start: error " << GetLastError();
+  }
+  AssignProcessToJobObject(OwnJob(), started.hProcess);
+  CloseHandle(started.hThread);
+  process_ = started.hProcess;
+  id_ = started.dwProcessId;
+  return testing::AssertionSuccess();
+}
+
+testing::AssertionResult ServerProcess::Start(const char* arguments) {
+  const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, kStartEvent);
+  ResetEvent(event);
+  auto result = Launch(arguments);
+  if (result) {
+    const HANDLE either[] = {event, process_};
+    const DWORD wait = WaitForMultipleObjects(2, either, FALSE, kStartMs);
+    if (wait == WAIT_OBJECT_0 + 1) {
+      result = testing::AssertionFailure() << "it exited with " << ExitCode(0).value_or(0);
+    } else if (wait != WAIT_OBJECT_0) {
+      result = testing::AssertionFailure() << "the start event was not set";
+    }
+  }
+  CloseHandle(event);
+  return result;
+}
+
+testing::AssertionResult ServerProcess::StartWithoutEvent() { return Launch(""); }
+
+std::vector<std::string> ServerProcess::DebuggerOutputOfAStart() {
+  std::vector<std::string> texts;
+  ServerProcess server;
+  const HANDLE served = CreateEventA(nullptr, TRUE, FALSE, kStartEvent);
+  ResetEvent(served);
+  if (!server.Launch("", DEBUG_ONLY_THIS_PROCESS)) return texts;
+
+  const ULONGLONG end = GetTickCount64() + kStartMs;
+  for (bool exited = false; !exited;) {
+    if (WaitForSingleObject(served, 0) == WAIT_OBJECT_0 || GetTickCount64() > end) {
+      TerminateProcess(server.process_, kKilled);
+    }
+    DEBUG_EVENT event = {};
+    if (WaitForDebugEvent(&event, kDebugPollMs) == FALSE) continue;
+    DWORD answer = DBG_CONTINUE;
+    if (event.dwDebugEventCode == OUTPUT_DEBUG_STRING_EVENT) {
+      texts.push_back(DebugText(server.process_, event.u.DebugString));
+    } else if (event.dwDebugEventCode == EXCEPTION_DEBUG_EVENT &&
+               event.u.Exception.ExceptionRecord.ExceptionCode != EXCEPTION_BREAKPOINT) {
+      answer = DBG_EXCEPTION_NOT_HANDLED;
+    }
+    exited = event.dwDebugEventCode == EXIT_PROCESS_DEBUG_EVENT;
+    ContinueDebugEvent(event.dwProcessId, event.dwThreadId, answer);
+  }
+  CloseHandle(served);
+  return texts;
+}
+
+bool ServerProcess::IsRunning() const {
+  return process_ != nullptr && WaitForSingleObject(process_, 0) == WAIT_TIMEOUT;
+}
+
+std::optional<std::uint32_t> ServerProcess::ExitCode(std::uint32_t milliseconds) const {
+  DWORD code = 0;
+  if (process_ == nullptr || WaitForSingleObject(process_, milliseconds) != WAIT_OBJECT_0 ||
+      GetExitCodeProcess(process_, &code) == FALSE) {
+    return std::nullopt;
+  }
+  return code;
+}
+
+void ServerProcess::Kill() {
+  if (process_ == nullptr) return;
+  if (IsRunning()) {
+    TerminateProcess(process_, kKilled);
+    WaitForSingleObject(process_, kStartMs);
+  }
+  CloseHandle(process_);
+  process_ = nullptr;
+}
+
+std::uint32_t ServerProcess::HandleCount() const {
+  DWORD count = 0;
+  if (GetProcessHandleCount(process_, &count) != FALSE && count != 0) return count;
+  return CountInListOfAllHandles(id_);
+}
+
+testing::AssertionResult ServerProcess::SettlesAtHandleCount(std::uint32_t count) const {
+  const ULONGLONG end = GetTickCount64() + kSettleMs;
+  std::uint32_t now = HandleCount();
+  while (now != count && GetTickCount64() < end) {
+    Sleep(10);
+    now = HandleCount();
+  }
+  if (now == count) return testing::AssertionSuccess();
+  return testing::AssertionFailure() << now << " handles in place of " << count;
+}
+
+std::size_t ServerProcess::PrivateBytes() const {
+  PROCESS_MEMORY_COUNTERS counters = {};
+  counters.cb = sizeof(counters);
+  return K32GetProcessMemoryInfo(process_, &counters, sizeof(counters)) != FALSE
+             ? counters.PagefileUsage
+             : 0;
+}
+
+}  // namespace e2e

@@ -1,0 +1,61 @@
+#ifndef TESTS_E2E_SERVERPROCESS_H_
+#define TESTS_E2E_SERVERPROCESS_H_
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace e2e {
+
+/// The real server beside the test program. Whatever still runs at the end of the object is ended.
+class ServerProcess {
+ public:
+  ServerProcess() = default;
+  ~ServerProcess();
+  ServerProcess(const ServerProcess&) = delete;
+  ServerProcess& operator=(const ServerProcess&) = delete;
+
+  /// The full path of the program.
+  static std::string Path();
+
+  /// Starts it as its starter does: with the start event created first, and waited for.
+  testing::AssertionResult Start(const char* arguments = "");
+
+  /// Starts it and waits for nothing; no start event exists.
+  testing::AssertionResult StartWithoutEvent();
+
+  /// Starts one under a debugger until it serves, and ends it. \returns what it told the debugger.
+  static std::vector<std::string> DebuggerOutputOfAStart();
+
+  bool IsRunning() const;
+
+  /// \returns the exit code, nothing if it still runs after the time.
+  std::optional<std::uint32_t> ExitCode(std::uint32_t milliseconds) const;
+
+  /// Ends it and waits until it is gone, with its pipe and its objects.
+  void Kill();
+
+  /// Handles that it holds, as the system counts them; 0 if the system does not tell.
+  std::uint32_t HandleCount() const;
+
+  /// Whether it comes back to that many handles; the system may hold one more for a moment while an
+  /// operation of the server runs.
+  testing::AssertionResult SettlesAtHandleCount(std::uint32_t count) const;
+
+  /// Bytes of memory that are its own.
+  std::size_t PrivateBytes() const;
+
+ private:
+  testing::AssertionResult Launch(const char* arguments, std::uint32_t flags = 0);
+
+  void* process_ = nullptr;
+  std::uint32_t id_ = 0;
+};
+
+}  // namespace e2e
+
+#endif  // TESTS_E2E_SERVERPROCESS_H_
