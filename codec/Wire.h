@@ -63,12 +63,31 @@ template <Value T>
   return true;
 }
 
+/// Copies bytes that do not overlap. Texts of requests are mostly names of a few bytes, which the
+/// platform's copy, made for long runs, takes longer for than two copies of a fixed size.
+inline void CopyBytes(void* to, const void* from, std::uint32_t length) {
+  constexpr std::uint32_t kBlock = 16;
+  if (length < kBlock || length > 2 * kBlock) {
+    std::memcpy(to, from, length);
+    return;
+  }
+  // The first and the last block, which overlap unless they are all there is.
+  std::uint8_t first[kBlock];
+  std::uint8_t last[kBlock];
+  auto* const out = static_cast<std::uint8_t*>(to);
+  const auto* const in = static_cast<const std::uint8_t*>(from);
+  std::memcpy(first, in, kBlock);
+  std::memcpy(last, in + length - kBlock, kBlock);
+  std::memcpy(out, first, kBlock);
+  std::memcpy(out + length - kBlock, last, kBlock);
+}
+
 /// Takes `length` raw bytes off `size` bytes of data. \returns false, with nothing changed, when
 /// fewer are left. `to` may be null when `length` is 0.
 [[nodiscard]] inline bool TakeBytes(const std::uint8_t* data, std::uint32_t size,
                                     std::uint32_t& cursor, void* to, std::uint32_t length) {
   if (length > Left(size, cursor)) return false;
-  if (length != 0) std::memcpy(to, data + cursor, length);
+  if (length != 0) CopyBytes(to, data + cursor, length);
   cursor += length;
   return true;
 }
@@ -78,7 +97,7 @@ template <Value T>
 [[nodiscard]] inline bool PutBytes(std::uint8_t* data, std::uint32_t capacity,
                                    std::uint32_t& cursor, const void* from, std::uint32_t length) {
   if (length > Left(capacity, cursor)) return false;
-  if (length != 0) std::memcpy(data + cursor, from, length);
+  if (length != 0) CopyBytes(data + cursor, from, length);
   cursor += length;
   return true;
 }

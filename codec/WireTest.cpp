@@ -107,4 +107,17 @@ TEST(WireTest, NoBytesMoveFromAndToNowhere) {
   EXPECT_EQ(cursor, 4u);
 }
 
+TEST(WireTest, EveryLengthIsCopiedWholeAndNothingBesideIt) {
+  std::array<std::uint8_t, 200> from;
+  for (std::size_t i = 0; i < from.size(); ++i) from[i] = static_cast<std::uint8_t>(i + 1);
+  for (std::uint32_t length = 0; length <= 100; ++length) {
+    std::array<std::uint8_t, 200> to = {};
+    wire::CopyBytes(to.data() + 10, from.data() + 7, length);
+    for (std::uint32_t i = 0; i < to.size(); ++i) {
+      const bool copied = i >= 10 && i < 10 + length;
+      ASSERT_EQ(to[i], copied ? from[i - 3] : 0) << length << " at " << i;
+    }
+  }
+}
+
 }  // namespace

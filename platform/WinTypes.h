@@ -42,7 +42,6 @@ inline constexpr std::uint32_t ERROR_NO_MORE_ITEMS = 259;
 inline constexpr std::uint32_t ERROR_PIPE_CONNECTED = 535;
 inline constexpr std::uint32_t ERROR_IO_INCOMPLETE = 996;
 inline constexpr std::uint32_t ERROR_IO_PENDING = 997;
-inline constexpr std::uint32_t ERROR_SHUTDOWN_IN_PROGRESS = 1255;
 
 inline constexpr std::uint32_t WAIT_OBJECT_0 = 0;
 inline constexpr std::uint32_t WAIT_ABANDONED = 0x80;

@@ -36,7 +36,7 @@ void CQorlixSRVPipe::Dispatch(int conId, SrvResult& lResult, SrvResult& sendResu
         lResult = result;
         sendResult = Send(conId, ERROR_ACCESS_DENIED);
       } else {
-        sendResult = Send(conId, ERROR_SHUTDOWN_IN_PROGRESS);
+        sendResult = Send(conId, SRV_SHUTDOWN_IN_PROGRESS);
         pipe_io::GiveWay();
         shutdown_ = true;
       }

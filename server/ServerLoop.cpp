@@ -14,9 +14,9 @@ constexpr std::uint32_t kDumpedBytes = 64;
 // How often instances whose connect failed outright are looked after.
 constexpr std::uint32_t kFailedConnectWaitMs = 100;
 
-// Passes served from memory alone before the system is asked again. Some systems deliver
-// completions only to a thread that waits, so a client that always has its next request ready
-// would otherwise keep all others from being seen.
+// Passes served from memory alone before the system is asked again. Completions reach the thread
+// by interrupting it, which a system may put off until the thread waits; a client that always has
+// its next request ready must not keep all others from being seen.
 constexpr std::uint32_t kPassesWithoutWait = 2 * kPipeInstances;
 
 // Whether the next pass can serve the instance without a wait. Its event is signalled exactly then:

@@ -25,4 +25,8 @@ inline constexpr SrvResult SRV_ERR_NO_KEY_HANDLE = 8606;
 /// No command has this code.
 inline constexpr SrvResult SRV_ERR_UNKNOWN_COMMAND = 8620;
 
+/// What an accepted stop is answered with: the platform's ERROR_SERVER_SHUTDOWN_IN_PROGRESS, by
+/// number because clients know it by that.
+inline constexpr SrvResult SRV_SHUTDOWN_IN_PROGRESS = 1255;
+
 #endif  // SERVER_SRVRESULT_H_

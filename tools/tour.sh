@@ -1,0 +1,115 @@
+#!/usr/bin/env bash
+# A visible piece of work: starts the server as a starter does and drives it with qorlixctl over the
+# real pipe. Each step prints what was asked, what came back, and whether that is right.
+set -u
+. "$(dirname "$0")/wine-env.sh"
+cd "$QORLIX_ROOT/build/windows-x86/bin"
+
+demo='SOFTWARE\Vesmark\NORVA\Tour'
+work=$(mktemp -d)
+steps=0
+wrong=0
+
+ctl() { wine qorlixctl.exe "$@"; }
+
+# verdict TEXT CONDITION...: prints whether the condition holds.
+verdict() {
+  local text=$1
+  shift
+  steps=$((steps + 1))
+  if "$@"; then
+    printf '    right: %s\n' "$text"
+  else
+    printf '    WRONG: %s\n' "$text"
+    wrong=$((wrong + 1))
+  fi
+}
+
+# step TITLE CODE TEXT ARGUMENTS...: asks qorlixctl, and expects the exit code and the text.
+step() {
+  local title=$1 code=$2 text=$3
+  shift 3
+  printf '\n%s\n    $ qorlixctl %s\n' "$title" "$*"
+  ctl "$@" >"$work/out" 2>"$work/err"
+  local got=$?
+  tr -d '\r' <"$work/out" | sed 's/^/    /'
+  tr -d '\r' <"$work/err" | grep -v ':eventlog:' | sed 's/^/    /'
+  verdict "exit code $code, and the answer says \"$text\"" answered "$got" "$code" "$text"
+}
+answered() { [ "$1" -eq "$2" ] && cat "$work/out" "$work/err" | tr -d '\r' | grep -qF -- "$3"; }
+
+# events TEXT: the server has reported exactly one more event with this text.
+events=0
+one_event() {
+  events=$((events + 1))
+  [ "$(grep -c ':eventlog:' "$work/server.err")" -eq "$events" ] &&
+    grep ':eventlog:' "$work/server.err" | tail -n 1 | grep -qF -- "$1"
+}
+
+finish() {
+  ctl stop >/dev/null 2>&1
+  rm -rf "$work"
+}
+trap finish EXIT
+
+printf 'Start the server and wait until it says that its pipe exists\n'
+printf '    $ qorlixctl start --stay\n'
+ctl start --stay >"$work/start" 2>"$work/server.err" &
+starter=$!
+for _ in $(seq 200); do
+  grep -q 'ready' "$work/start" && break
+  kill -0 "$starter" 2>/dev/null || break
+  sleep 0.05
+done
+tr -d '\r' <"$work/start" | sed 's/^/    /'
+verdict 'the server is ready' grep -q 'the server is ready' "$work/start"
+
+step 'Does it answer?' 0 'the server answered 0' ping
+step 'Create a key in the permitted tree' 0 '0 (success)' reg create "$demo"
+step 'Write a value' 0 '0 (success)' reg set "$demo" Greeting 'Hello there'
+step 'Read it back' 0 'Hello there' reg get "$demo" Greeting
+step 'Enumerate values' 0 'Greeting' reg values "$demo"
+step 'Enumerate keys' 0 'Tour' reg ls 'SOFTWARE\Vesmark\NORVA'
+step 'Remove the value' 0 '0 (success)' reg unset "$demo" Greeting
+step 'Read what is no longer there' 1 'ERROR_FILE_NOT_FOUND' reg get "$demo" Greeting
+
+step 'Delete takes the tree PATH\PATH: make one ...' 0 '0 (success)' reg create "$demo\\$demo"
+step '... and delete it' 0 '0 (success)' reg delete "$demo"
+
+step 'A change outside the permitted tree is refused' 1 'ERROR_ACCESS_DENIED' \
+  reg set 'SOFTWARE\Elsewhere' Greeting 'Hello there'
+grep ':eventlog:' "$work/server.err" | tail -n 1 | sed 's/^/    event log: /'
+verdict 'one event names the path' \
+  one_event 'Invalid Access to Reg-Key: SOFTWARE\\Elsewhere'
+step 'So is a way around it' 1 'ERROR_ACCESS_DENIED' \
+  reg create 'SOFTWARE\Vesmark\NORVA\..\..\Elsewhere'
+verdict 'one event names the path as it was asked for' \
+  one_event 'Invalid Access to Reg-Key: SOFTWARE\\Vesmark\\NORVA\\..\\..\\Elsewhere'
+step 'And every root key but HKEY_LOCAL_MACHINE' 1 'ERROR_ACCESS_DENIED' \
+  reg create "$demo" --base HKCU
+verdict 'one event says so' one_event 'Only operations to HKEY_LOCAL_MACHINE are allowed!'
+
+step 'A command that does not exist' 1 'SRV_ERR_UNKNOWN_COMMAND' raw FFFF
+
+printf '\nA second server does not start\n    $ QorlixSRV.exe\n'
+wine QorlixSRV.exe 2>/dev/null
+second=$?
+printf '    exit code %s\n' "$second"
+verdict 'it exits with 183' [ "$second" -eq 183 ]
+step 'The first one is undisturbed' 0 'the server answered 0' ping
+
+if [ "${1:-}" = --serve ]; then
+  trap 'rm -rf "$work"' EXIT
+  printf '\n%s steps, %s wrong. The server keeps running; use tools/ctl, and tools/ctl stop.\n' \
+    "$steps" "$wrong"
+  [ "$wrong" -eq 0 ]
+  exit
+fi
+
+step 'Stop it, with the confirmation' 0 'the server has stopped' stop
+wait "$starter"
+tr -d '\r' <"$work/start" | tail -n 1 | sed 's/^/    starter: /'
+verdict 'the process ended with exit code 1' grep -q 'ended with exit code 1' "$work/start"
+
+printf '\n%s steps, %s wrong\n' "$steps" "$wrong"
+[ "$wrong" -eq 0 ]
