@@ -25,11 +25,21 @@ verdict() {
   fi
 }
 
+# The arguments as one would type them.
+shown() {
+  local word
+  for word; do
+    case $word in *[\ \\]*) printf " '%s'" "$word" ;; *) printf ' %s' "$word" ;; esac
+  done
+  printf '\n'
+}
+
 # step TITLE CODE TEXT ARGUMENTS...: asks qorlixctl, and expects the exit code and the text.
 step() {
   local title=$1 code=$2 text=$3
   shift 3
-  printf '\n%s\n    $ qorlixctl %s\n' "$title" "$*"
+  printf '\n%s\n    $ qorlixctl' "$title"
+  shown "$@"
   ctl "$@" >"$work/out" 2>"$work/err"
   local got=$?
   tr -d '\r' <"$work/out" | sed 's/^/    /'

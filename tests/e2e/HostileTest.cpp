@@ -28,7 +28,7 @@ class HostileTest : public RegistryCommandTest {
     EXPECT_TRUE(client_.IsServed());
     // Those that left are noticed before those that ask now.
     EXPECT_TRUE(AllButOneInstanceServe());
-    EXPECT_TRUE(Server().SettlesAtHandleCount(handles_));
+    EXPECT_TRUE(Server().ComesBackToHandleCount(handles_));
     RegistryCommandTest::TearDown();
   }
 

@@ -42,9 +42,9 @@ class ServerProcess {
   /// Handles that it holds, as the system counts them; 0 if the system does not tell.
   std::uint32_t HandleCount() const;
 
-  /// Whether it comes back to that many handles; the system may hold one more for a moment while an
-  /// operation of the server runs.
-  testing::AssertionResult SettlesAtHandleCount(std::uint32_t count) const;
+  /// Whether it comes back to that many handles or fewer; the system may hold one more for a moment
+  /// while an operation of the server runs.
+  testing::AssertionResult ComesBackToHandleCount(std::uint32_t count) const;
 
   /// Bytes of memory that are its own.
   std::size_t PrivateBytes() const;
