@@ -53,22 +53,26 @@ std::uint32_t BRDX_API BRDX_EnumBoardExBL(char* deviceId, std::uint32_t index, c
                                           std::uint32_t* cbBoard, char* boardMap,
                                           std::uint32_t* cbBoardMap, char* adapter,
                                           std::uint32_t* cbAdapter, std::uint32_t zero);
-std::uint32_t BRDX_API BRDX_EnumInstBoardBL(
-    std::uint32_t index, char* board, std::uint32_t* cbBoard, char* deviceId,
-    std::uint32_t* cbDeviceId, char* netType, std::uint32_t* cbNetType, char* hardwareId,
-    std::uint32_t* cbHardwareId, char* hardwareInstanceId, std::uint32_t* cbHardwareInstanceId,
-    char* boardMap, std::uint32_t* cbBoardMap, std::uint32_t* state);
+std::uint32_t BRDX_API BRDX_EnumInstBoardBL(std::uint32_t index, char* board,
+                                            std::uint32_t* cbBoard, char* deviceId,
+                                            std::uint32_t* cbDeviceId, char* netType,
+                                            std::uint32_t* cbNetType, char* hardwareId,
+                                            std::uint32_t* cbHardwareId, char* hardwareInstanceId,
+                                            std::uint32_t* cbHardwareInstanceId, char* boardMap,
+                                            std::uint32_t* cbBoardMap, std::uint32_t* state);
 std::uint32_t BRDX_API BRDX_EnumAvailableBoardsBL(std::uint32_t index, char* board,
                                                   std::uint32_t* cbBoard, char* deviceId,
                                                   std::uint32_t* cbDeviceId, std::uint32_t* value);
 std::uint32_t BRDX_API BRDX_EnumAdaptersBL(std::uint32_t index, char* adapter,
                                            std::uint32_t* cbAdapter, char* boardMap,
                                            std::uint32_t* cbBoardMap, std::uint8_t* value);
-std::uint32_t BRDX_API BRDX_EnumConfigurationBL(
-    std::uint32_t index, char* board, char* boardMap, char* deviceId, char* hardwareInstanceId,
-    char* configuration, std::uint32_t* cbConfiguration, char* protocolType,
-    std::uint32_t* cbProtocolType, char* layer4Protocol, std::uint32_t* cbLayer4Protocol,
-    char* unit, std::uint32_t* cbUnit);
+std::uint32_t BRDX_API BRDX_EnumConfigurationBL(std::uint32_t index, char* board, char* boardMap,
+                                                char* deviceId, char* hardwareInstanceId,
+                                                char* configuration, std::uint32_t* cbConfiguration,
+                                                char* protocolType, std::uint32_t* cbProtocolType,
+                                                char* layer4Protocol,
+                                                std::uint32_t* cbLayer4Protocol, char* unit,
+                                                std::uint32_t* cbUnit);
 std::uint32_t BRDX_API BRDX_BoardGetMapBL(char* deviceId, char* adapter, char* hardwareId,
                                           char* boardMap, std::uint32_t* cbBoardMap);
 std::uint32_t BRDX_API BRDX_GetBoardInfoBL(std::uint32_t infoType, char* board, char* boardMap,

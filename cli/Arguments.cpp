@@ -107,7 +107,20 @@ class Parser {
            value_ + "'";
   }
 
+  // What people type who do not know yet how to ask: alone, or right behind the command. Anywhere
+  // else it may be a text that is meant.
+  bool AsksForHelp() const {
+    if (rest_.empty() || onlyArguments_) return false;
+    const std::string& last = rest_.back();
+    if (last != "-h" && last != "-?" && last != "/?") return false;
+    std::size_t words = 0;
+    if (FindSubcommand(rest_, words) == nullptr) words = rest_[0] == "reg" ? 1 : 0;
+    return rest_.size() == words + 1;
+  }
+
   std::string TakeSubcommand() {
+    invocation_.help = invocation_.help || AsksForHelp();
+    invocation_.helpOnRegistry = !rest_.empty() && rest_[0] == "reg";
     if (rest_.empty()) {
       return invocation_.help ? std::string() : "no command given";
     }

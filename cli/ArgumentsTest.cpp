@@ -79,6 +79,17 @@ TEST(ArgumentsTest, HelpAndVersionAreNeverWrong) {
   EXPECT_TRUE(Parsed({"--version"}).version);
 }
 
+TEST(ArgumentsTest, OtherWaysOfAskingForHelpWorkWhereNoTextCanBeMeant) {
+  for (const char* const word : {"-h", "-?", "/?"}) {
+    EXPECT_TRUE(Parsed({word}).help);
+    EXPECT_TRUE(Parsed({"ping", word}).help);
+    EXPECT_TRUE(Parsed({"reg", word}).helpOnRegistry);
+    EXPECT_STREQ(Parsed({"reg", "set", word}).subcommand->name, "reg set");
+    EXPECT_FALSE(Parsed({"reg", "get", "K", word}).help);
+    EXPECT_FALSE(Parsed({"reg", "ls", "--", word}).help);
+  }
+}
+
 TEST(ArgumentsTest, RootKeysAreNamesOrNumbers) {
   std::uint32_t root = 0;
   EXPECT_TRUE(ParseRootKey("HKU", root));

@@ -15,8 +15,11 @@ int RunCtl(std::span<const std::string> words, Output& output) {
     return kExitOk;
   }
   if (invocation.help) {
-    output.out +=
-        invocation.subcommand != nullptr ? SubcommandHelp(*invocation.subcommand) : OverallHelp();
+    if (invocation.subcommand != nullptr) {
+      output.out += SubcommandHelp(*invocation.subcommand);
+    } else {
+      output.out += invocation.helpOnRegistry ? RegistryHelp() : OverallHelp();
+    }
     return kExitOk;
   }
   return invocation.subcommand->action(invocation, output);

@@ -301,9 +301,20 @@ TEST_F(CtlTest, HelpNamesEveryCommandAndEachHasItsOwn) {
   }
 }
 
+TEST_F(CtlTest, TheRegistryCommandsHaveAHelpInCommon) {
+  EXPECT_EQ(RunAlone({"reg", "--help"}), kExitOk);
+  EXPECT_TRUE(Says("reg unset PATH NAME"));
+  EXPECT_FALSE(Says("ping"));
+  const std::string help = output_.out;
+  EXPECT_EQ(RunAlone({"help", "reg"}), kExitOk);
+  EXPECT_EQ(output_.out, help);
+}
+
 TEST_F(CtlTest, HelpFitsTheTerminal) {
   (void)RunAlone({"--help"});
   std::string all = output_.out;
+  (void)RunAlone({"help", "reg"});
+  all += output_.out;
   for (const Subcommand& subcommand : Subcommands()) all += subcommand.details;
   std::size_t begin = 0;
   for (std::size_t end = 0; (end = all.find('\n', begin)) != std::string::npos; begin = end + 1) {

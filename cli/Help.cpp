@@ -43,25 +43,52 @@ constexpr char kFirstSteps[] =
     "\n"
     "'qorlixctl COMMAND --help' explains a command, with examples.\n";
 
+constexpr char kJson[] =
+    "With --json the output is one line: an object with command, what the command adds, ok, "
+    "result\n"
+    "(code, name, text, origin) and perhaps a hint. Texts of the server, which are in the ANSI "
+    "code\n"
+    "page of the system, become Unicode, with \\u escapes outside ASCII; the data of values is "
+    "there in\n"
+    "hex, too, because not every byte is a character. Usage errors are text in any case.\n";
+
+constexpr char kRegistry[] =
+    "The reg commands work below HKEY_LOCAL_MACHINE, on paths such as "
+    "SOFTWARE\\Vesmark\\NORVA\\Demo,\n"
+    "without a leading backslash. Reading (ls, values, get) works everywhere; changes are "
+    "permitted\n"
+    "below SOFTWARE\\Vesmark\\NORVA only, and values are written as text.\n";
+
 std::string UsageOf(const Subcommand& subcommand) {
   std::string usage = subcommand.name;
   if (*subcommand.arguments != '\0') usage = usage + ' ' + subcommand.arguments;
   return usage;
 }
 
-}  // namespace
-
-std::string OverallHelp() {
-  std::string help = std::string(kIntroduction) + "\nCommands:\n";
+// A line for each subcommand whose name begins so.
+std::string Summaries(std::string_view beginning) {
+  std::string lines;
   for (const Subcommand& subcommand : Subcommands()) {
+    if (!std::string_view(subcommand.name).starts_with(beginning)) continue;
     char line[160];
     (void)std::snprintf(line, sizeof(line), "  %-27s %s\n", UsageOf(subcommand).c_str(),
                         subcommand.summary);
-    help += line;
+    lines += line;
   }
-  return help + '\n' + kOptions + '\n' + kExitCodes + '\n' + kFirstSteps;
+  return lines;
 }
 
+}  // namespace
+
+std::string OverallHelp() {
+  return std::string(kIntroduction) + "\nCommands:\n" + Summaries("") + '\n' + kOptions + '\n' +
+         kJson + '\n' + kExitCodes + '\n' + kFirstSteps;
+}
+
+std::string RegistryHelp() {
+  return std::string("usage: qorlixctl reg COMMAND [ARGUMENTS]\n\n") + Summaries("reg ") + '\n' +
+         kRegistry + "\n'qorlixctl reg get --help', for example, explains one of them.\n";
+}
 std::string SubcommandHelp(const Subcommand& subcommand) {
   std::string help = "usage: qorlixctl " + UsageOf(subcommand);
   if ((subcommand.options & kTakesBase) != 0) help += " [--base [ROOT]]";

@@ -10,6 +10,9 @@ namespace cli {
 /// The program's help: what it is for, its commands, options and exit codes.
 std::string OverallHelp();
 
+/// What the reg commands have in common.
+std::string RegistryHelp();
+
 /// The help of one subcommand.
 std::string SubcommandHelp(const Subcommand& subcommand);
 

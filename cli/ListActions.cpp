@@ -101,6 +101,10 @@ int HelpAction(const Invocation& invocation, Output& output) {
     output.out += SubcommandHelp(*subcommand);
     return kExitOk;
   }
+  if (invocation.arguments == std::vector<std::string>{"reg"}) {
+    output.out += RegistryHelp();
+    return kExitOk;
+  }
   return UsageError(output, Invocation(), "there is no command '" + invocation.arguments[0] + "'");
 }
 

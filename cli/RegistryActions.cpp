@@ -51,7 +51,7 @@ std::string PathHint(const std::string& path) {
 }
 
 std::string ChangeHint(const Invocation& invocation, const client::Result& result) {
-  const std::string hint = PathHint(invocation.arguments[0]);
+  std::string hint = PathHint(invocation.arguments[0]);
   if ((result.is(kAccessDenied) || result.is(kNotFound)) && !hint.empty()) return hint;
   if (!result.is(kAccessDenied)) return {};
   if (invocation.hasBase && invocation.base != client::kRootLocalMachine) {

@@ -50,6 +50,7 @@ struct Invocation {
   std::vector<std::string> arguments;
   bool json = false;
   bool help = false;
+  bool helpOnRegistry = false;  ///< if no subcommand is named: on the reg commands only
   bool version = false;
   std::uint32_t timeoutMs = 10000;
   std::string pipe;    ///< empty: the server's own

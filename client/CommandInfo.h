@@ -20,7 +20,9 @@ enum class Doubling : std::uint8_t {
 
 /// What a client has to know of one command. The descriptions are those of FieldList; a reply's
 /// begin behind mark and result.
-struct CommandInfo {
+///
+/// The members stand in the order of the table's columns.
+struct CommandInfo {  // NOLINT(clang-analyzer-optin.performance.Padding)
   CommandCode code;
   const char* name;
   const char* request;  ///< the fields behind the command code

@@ -51,8 +51,9 @@ class PipeTransport {
   void Close() noexcept;
 
  private:
-  void* pipe_ = nullptr;   // a HANDLE; 0 when closed
-  void* event_ = nullptr;  // manual reset; of the one operation that is outstanding
+  void* pipe_ = nullptr;  // a HANDLE; 0 when closed
+  [[maybe_unused]] void* event_ =
+      nullptr;  // manual reset; of the one operation that is outstanding
 };
 
 }  // namespace client

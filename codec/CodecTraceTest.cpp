@@ -36,10 +36,10 @@ TEST_F(CodecTraceTest, EachWidthNamesItsOwnOverflow) {
   (void)srv_.ReadLongLong(kConId, wide);
   (void)srv_.ReadShort(kConId, code);
   (void)srv_.ReadByte(kConId, byte);
-  EXPECT_THAT(Texts(), ElementsAre("ReadLong exit with BUFFER_OVERFLOW",
-                                   "ReadLongLong exit with BUFFER_OVERFLOW",
-                                   "ReadShort exit with BUFFER_OVERFLOW",
-                                   "ReadByte exit with BUFFER_OVERFLOW"));
+  EXPECT_THAT(
+      Texts(),
+      ElementsAre("ReadLong exit with BUFFER_OVERFLOW", "ReadLongLong exit with BUFFER_OVERFLOW",
+                  "ReadShort exit with BUFFER_OVERFLOW", "ReadByte exit with BUFFER_OVERFLOW"));
 }
 
 TEST_F(CodecTraceTest, AllLengthPrefixedKindsShareTheOverflowOfReadString) {
@@ -70,8 +70,8 @@ TEST_F(CodecTraceTest, ReadByteTracesBothCountersFirst) {
   PipeOf(kConId).CurrentPointer = 2;
   std::uint8_t byte = 0;
   (void)srv_.ReadByte(kConId, byte);
-  EXPECT_THAT(Texts(), ElementsAre("Pipe[conId].CurrentPointer 0x2",
-                                   "Pipe[conId].ReceivePointer 0x3"));
+  EXPECT_THAT(Texts(),
+              ElementsAre("Pipe[conId].CurrentPointer 0x2", "Pipe[conId].ReceivePointer 0x3"));
 }
 
 TEST_F(CodecTraceTest, ReadMultiStringTracesItsLength) {
@@ -85,10 +85,9 @@ TEST_F(CodecTraceTest, ReadMultiStringTracesItsLength) {
 
 TEST_F(CodecTraceTest, SendOfOneLongClosesWithResultWriteAndLength) {
   (void)srv_.Send(kConId, 0x21AC);
-  EXPECT_THAT(Texts(),
-              ElementsAre(">> Begin CQorlixSRVPipe::Send(long)",
-                          "<< CQorlixSRVPipe::Send SendResult=0x21ac writeResult=0x0  "
-                          "DataLength=6"));
+  EXPECT_THAT(Texts(), ElementsAre(">> Begin CQorlixSRVPipe::Send(long)",
+                                   "<< CQorlixSRVPipe::Send SendResult=0x21ac writeResult=0x0  "
+                                   "DataLength=6"));
 }
 
 TEST_F(CodecTraceTest, TheOtherShapesNameThemselvesAndTheSevenLongsTheirLittleSister) {
@@ -97,32 +96,30 @@ TEST_F(CodecTraceTest, TheOtherShapesNameThemselvesAndTheSevenLongsTheirLittleSi
   (void)srv_.Send(kConId, 0, 1u, 2u, 3u);
   (void)srv_.Send(kConId, 0, 1u, 2u, 3u, 4u);
   (void)srv_.Send(kConId, 0, 1, 2, 3, 4, 5, 6);
-  EXPECT_THAT(Texts(),
-              ElementsAre(">> Begin CQorlixSRVPipe::Send(long, long)",
-                          "<< CQorlixSRVPipe::Send DataLength=10 writeResult=0x0",
-                          ">> Begin CQorlixSRVPipe::Send(long, long, long)",
-                          "<< CQorlixSRVPipe::Send DataLength=24 writeResult=0x0",
-                          ">> Begin CQorlixSRVPipe::Send(long, long, long, long)",
-                          "<< CQorlixSRVPipe::Send DataLength=42 writeResult=0x0",
-                          ">> Begin CQorlixSRVPipe::Send(long, long, long, long, long)",
-                          "<< CQorlixSRVPipe::Send DataLength=64 writeResult=0x0",
-                          ">> Begin CQorlixSRVPipe::Send(long, long, long, long, long)",
-                          "<< CQorlixSRVPipe::Send DataLength=94 writeResult=0x0"));
+  EXPECT_THAT(Texts(), ElementsAre(">> Begin CQorlixSRVPipe::Send(long, long)",
+                                   "<< CQorlixSRVPipe::Send DataLength=10 writeResult=0x0",
+                                   ">> Begin CQorlixSRVPipe::Send(long, long, long)",
+                                   "<< CQorlixSRVPipe::Send DataLength=24 writeResult=0x0",
+                                   ">> Begin CQorlixSRVPipe::Send(long, long, long, long)",
+                                   "<< CQorlixSRVPipe::Send DataLength=42 writeResult=0x0",
+                                   ">> Begin CQorlixSRVPipe::Send(long, long, long, long, long)",
+                                   "<< CQorlixSRVPipe::Send DataLength=64 writeResult=0x0",
+                                   ">> Begin CQorlixSRVPipe::Send(long, long, long, long, long)",
+                                   "<< CQorlixSRVPipe::Send DataLength=94 writeResult=0x0"));
 }
 
 TEST_F(CodecTraceTest, TextShapesTraceTheSizeOfEachText) {
   (void)srv_.Send(kConId, 0, "ab");
   (void)srv_.Send(kConId, 0, "abc", 1);
   (void)srv_.Send(kConId, 0, "a", 1, "", 0);
-  EXPECT_THAT(Texts(), ElementsAre(">> Begin CQorlixSRVPipe::Send(long, TCHAR)",
-                                   "AddSizeInBytes=2",
-                                   "<< CQorlixSRVPipe::Send DataLength=12 writeResult=0x0",
-                                   ">> Begin CQorlixSRVPipe::Send(long, TCHAR, long)",
-                                   "AddSizeInBytes=3",
-                                   "<< CQorlixSRVPipe::Send DataLength=29 writeResult=0x0",
-                                   ">> Begin CQorlixSRVPipe::Send(long, TCHAR, long, TCHAR, long)",
-                                   "AddSizeInBytes=1", "AddSizeInBytes=0",
-                                   "<< CQorlixSRVPipe::Send DataLength=52 writeResult=0x0"));
+  EXPECT_THAT(Texts(),
+              ElementsAre(">> Begin CQorlixSRVPipe::Send(long, TCHAR)", "AddSizeInBytes=2",
+                          "<< CQorlixSRVPipe::Send DataLength=12 writeResult=0x0",
+                          ">> Begin CQorlixSRVPipe::Send(long, TCHAR, long)", "AddSizeInBytes=3",
+                          "<< CQorlixSRVPipe::Send DataLength=29 writeResult=0x0",
+                          ">> Begin CQorlixSRVPipe::Send(long, TCHAR, long, TCHAR, long)",
+                          "AddSizeInBytes=1", "AddSizeInBytes=0",
+                          "<< CQorlixSRVPipe::Send DataLength=52 writeResult=0x0"));
 }
 
 TEST_F(CodecTraceTest, MultiByteStringDumpsTheWholeReplyInHex) {

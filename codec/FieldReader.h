@@ -1,6 +1,7 @@
 #ifndef CODEC_FIELDREADER_H_
 #define CODEC_FIELDREADER_H_
 
+#include <cstddef>
 #include <cstdint>
 
 #include "server/QorlixSRVPipe.h"
@@ -47,13 +48,14 @@ struct FieldTrace {
 
  private:
   static consteval bool Matches(const char* text) {
-    int conversions = 0;
+    const char wanted[] = {'x', Conversion};
+    std::size_t conversions = 0;
     for (const char* c = text; *c != '\0'; ++c) {
       if (*c != '%') continue;
-      if (c[1] != (conversions == 0 ? 'x' : Conversion)) return false;
+      if (conversions == sizeof(wanted) || c[1] != wanted[conversions]) return false;
       ++conversions;
     }
-    return conversions <= 2;
+    return true;
   }
   static void NotAResultAndAField() {}  // not consteval: reaching it stops the compilation
 };

@@ -1,12 +1,13 @@
 #include "codec/HexDump.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "trace/Zqotrc.h"
 
 namespace {
 
-constexpr std::uint32_t kBytesPerLine = 16;
+constexpr std::size_t kBytesPerLine = 16;
 
 void PutHex(char* out, std::uint8_t byte) {
   static constexpr char kDigits[] = "0123456789ABCDEF";
@@ -19,10 +20,10 @@ void PutHex(char* out, std::uint8_t byte) {
 void TraceHexDump(const char* function, const std::uint8_t* data, std::uint32_t size) {
   if (!zqotrc::Wanted(TRC_PROGRESS)) return;
 
-  for (std::uint32_t start = 0; start < size; start += kBytesPerLine) {
+  for (std::size_t start = 0; start < size; start += kBytesPerLine) {
     char line[kBytesPerLine * 3] = "";
-    const std::uint32_t count = std::min(kBytesPerLine, size - start);
-    for (std::uint32_t i = 0; i < count; ++i) {
+    const std::size_t count = std::min(kBytesPerLine, size - start);
+    for (std::size_t i = 0; i < count; ++i) {
       PutHex(line + i * 3, data[start + i]);
       line[i * 3 + 2] = i + 1 < count ? ' ' : '\0';
     }

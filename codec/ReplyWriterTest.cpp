@@ -104,8 +104,7 @@ TEST_F(ReplyWriterTest, SendOfFiveLongs) {
 
 TEST_F(ReplyWriterTest, SendOfSevenLongs) {
   EXPECT_EQ(srv_.Send(kConId, 1, 2, 3, 4, 5, 6, 7), SRV_OK);
-  EXPECT_EQ(Reply(),
-            Wire("0400 01000000 02000000 03000000 04000000 05000000 06000000 07000000"));
+  EXPECT_EQ(Reply(), Wire("0400 01000000 02000000 03000000 04000000 05000000 06000000 07000000"));
 }
 
 TEST_F(ReplyWriterTest, SendOfAText) {

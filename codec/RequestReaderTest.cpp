@@ -80,8 +80,8 @@ TEST_F(RequestReaderTest, AnAbsentTextIsNullAndTakesItsLengthOnly) {
 }
 
 TEST_F(RequestReaderTest, LengthsAboveWhatIsLeftFailBehindTheLength) {
-  for (const char* length : {"03000000", "FEFF0000", "00000100", "00000080", "FEFFFFFF",
-                             "FFFFFFFF", "FCFFFFFF", "FAFFFFFF"}) {
+  for (const char* length : {"03000000", "FEFF0000", "00000100", "00000080", "FEFFFFFF", "FFFFFFFF",
+                             "FCFFFFFF", "FAFFFFFF"}) {
     Receive(Wire(length) + Wire("4141"));
     EXPECT_EQ(ReadText(), BUFFER_OVERFLOW) << length;
     EXPECT_STREQ(buffer_, "untouched") << length;

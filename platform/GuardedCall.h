@@ -13,7 +13,8 @@ bool InvokeGuarded(void (*call)(void* context), void* context);
 
 /// Runs one foreign call; `result` receives what it returned.
 ///
-/// \returns false, with `result` as it was, when the call raised: a structured exception of any kind
+/// \returns false, with `result` as it was, when the call raised: a structured exception of any
+/// kind
 ///   (an access violation, a foreign compiler's C++ exception) or a C++ exception of our own.
 ///
 /// After a structured exception the frames inside the call are abandoned, not unwound. So the

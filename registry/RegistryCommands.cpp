@@ -18,8 +18,8 @@ using RegistryText = RequestText<RegValueBufferSize>;
 
 /// Room for what an enumeration or a read fills in.
 ///
-/// One byte longer than the registry is told, so that data which fills it still ends somewhere; only
-/// that end is cleared, for nobody looks behind it.
+/// One byte longer than the registry is told, so that data which fills it still ends somewhere;
+/// only that end is cleared, for nobody looks behind it.
 class AnswerText {
  public:
   AnswerText() { bytes_[0] = '\0'; }

@@ -39,8 +39,8 @@ class RegistryCommandsTest : public PoolFixture {
   // Every request that ends before its last field ends is refused by the handler without a reply.
   void ExpectEveryTruncationRefused(Handler handler, const Bytes& fields) {
     for (std::size_t size = 0; size < fields.size(); ++size) {
-      ReceiveCommand(Wire("0000") + Bytes(fields.begin(), fields.begin() +
-                                          static_cast<std::ptrdiff_t>(size)));
+      ReceiveCommand(Wire("0000") +
+                     Bytes(fields.begin(), fields.begin() + static_cast<std::ptrdiff_t>(size)));
       EXPECT_EQ((srv_.*handler)(kConId), BUFFER_OVERFLOW) << size;
       EXPECT_TRUE(Reply().empty()) << size;
     }

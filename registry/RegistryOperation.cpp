@@ -143,9 +143,9 @@ std::uint32_t RegEnumValueBL(const char* path, std::int32_t index, char* name,
 
   DWORD cchName = nameLength;
   DWORD cbData = dataLength;
-  const LSTATUS status = RegEnumValueA(key.get(), static_cast<DWORD>(index), name, &cchName,
-                                       /*lpReserved=*/nullptr, /*lpType=*/nullptr,
-                                       static_cast<BYTE*>(data), &cbData);
+  const LSTATUS status =
+      RegEnumValueA(key.get(), static_cast<DWORD>(index), name, &cchName,
+                    /*lpReserved=*/nullptr, /*lpType=*/nullptr, static_cast<BYTE*>(data), &cbData);
   nameLength = cchName;
   dataLength = cbData;
   return Code(status);

@@ -42,6 +42,10 @@ TEST(RegistryPolicyTest, DotElementsAreResolvedBeforeThePathIsJudged) {
   EXPECT_TRUE(Permits("SOFTWARE\\.\\Vesmark\\NORVA"));
 }
 
+TEST(RegistryPolicyTest, APathThatLeavesItsFirstElementAgainIsRefused) {
+  EXPECT_FALSE(Permits("X\\..\\SOFTWARE\\Vesmark\\NORVA\\Y"));
+}
+
 TEST(RegistryPolicyTest, TheApprovedFormIsTheCanonicalOne) {
   CanonicalPath canonical;
   ASSERT_TRUE(IsPermittedRegKey((kRoot + "\\X\\..\\Y").c_str(), canonical));

@@ -54,9 +54,9 @@ class RegistryTraceTest : public PoolFixture {
 
 TEST_F(RegistryTraceTest, CreateKey) {
   constexpr auto kHandler = &CQorlixSRVPipe::Reg_CreateKey;
-  EXPECT_THAT(Trace(kHandler, kPath), ElementsAre("Reg_CreateKey:>> Start",
-                                                  "Reg_CreateKey:<< RegCreateKeyBL result = 0x0",
-                                                  "Reg_CreateKey:<< Reg_CreateKey result = 0x0"));
+  EXPECT_THAT(Trace(kHandler, kPath),
+              ElementsAre("Reg_CreateKey:>> Start", "Reg_CreateKey:<< RegCreateKeyBL result = 0x0",
+                          "Reg_CreateKey:<< Reg_CreateKey result = 0x0"));
   EXPECT_THAT(Trace(kHandler, {}, TRC_ERROR),
               ElementsAre("Reg_CreateKey:<< result = 0x219a lpszCreateKey="));
   EXPECT_THAT(TraceFault(kHandler, kPath),
@@ -131,10 +131,10 @@ TEST_F(RegistryTraceTest, EnumKey) {
 
 TEST_F(RegistryTraceTest, EnumValueClosesInTheNameOfEnumKey) {
   constexpr auto kHandler = &CQorlixSRVPipe::Reg_EnumValue;
-  EXPECT_THAT(Trace(kHandler, kPath + kIndex),
-              ElementsAre("Reg_EnumValue: >> Start",
-                          "Reg_EnumValue: << RegEnumValueBL result = 0x2",
-                          "Reg_EnumValue: << Reg_EnumKey result = 0x0"));
+  EXPECT_THAT(
+      Trace(kHandler, kPath + kIndex),
+      ElementsAre("Reg_EnumValue: >> Start", "Reg_EnumValue: << RegEnumValueBL result = 0x2",
+                  "Reg_EnumValue: << Reg_EnumKey result = 0x0"));
   EXPECT_THAT(Trace(kHandler, {}, TRC_ERROR),
               ElementsAre("Reg_EnumValue: << result = 0x219a CopyFromKeyKey"));
   EXPECT_THAT(Trace(kHandler, kPath, TRC_ERROR),
@@ -146,10 +146,10 @@ TEST_F(RegistryTraceTest, EnumValueClosesInTheNameOfEnumKey) {
 
 TEST_F(RegistryTraceTest, SetValueBase) {
   constexpr auto kHandler = &CQorlixSRVPipe::Reg_SetValueBase;
-  EXPECT_THAT(Trace(kHandler, kRoot + kPath + kName + kName),
-              ElementsAre("Reg_SetValueBase: >> Start",
-                          "Reg_SetValueBase: << RegSetValueBL result = 0x2",
-                          "Reg_SetValueBase: << Reg_SetValue result = 0x0"));
+  EXPECT_THAT(
+      Trace(kHandler, kRoot + kPath + kName + kName),
+      ElementsAre("Reg_SetValueBase: >> Start", "Reg_SetValueBase: << RegSetValueBL result = 0x2",
+                  "Reg_SetValueBase: << Reg_SetValue result = 0x0"));
   EXPECT_THAT(Trace(kHandler, {}, TRC_ERROR),
               ElementsAre("Reg_SetValueBase: << result = 0x219a  baseKey=0x0"));
   EXPECT_THAT(Trace(kHandler, kRoot, TRC_ERROR),
@@ -158,26 +158,26 @@ TEST_F(RegistryTraceTest, SetValueBase) {
               ElementsAre("Reg_SetValueBase: << result = 0x219a Parameter"));
   EXPECT_THAT(Trace(kHandler, kRoot + kPath + kName, TRC_ERROR),
               ElementsAre("Reg_SetValueBase: << result = 0x219a Value"));
-  EXPECT_THAT(TraceFault(kHandler, kRoot + kPath + kName + kName),
-              ElementsAre("Reg_SetValueBase: >> Start",
-                          "Reg_SetValueBase: Exception: RegSetValueBL",
-                          "Reg_SetValueBase: << Reg_SetValue result = 0x0"));
+  EXPECT_THAT(
+      TraceFault(kHandler, kRoot + kPath + kName + kName),
+      ElementsAre("Reg_SetValueBase: >> Start", "Reg_SetValueBase: Exception: RegSetValueBL",
+                  "Reg_SetValueBase: << Reg_SetValue result = 0x0"));
 }
 
 TEST_F(RegistryTraceTest, CreateKeyBase) {
   constexpr auto kHandler = &CQorlixSRVPipe::Reg_CreateKeyBase;
-  EXPECT_THAT(Trace(kHandler, kRoot + kPath),
-              ElementsAre("Reg_CreateKeyBase:>> Start",
-                          "Reg_CreateKeyBase:<< RegCreateKeyBL result = 0x0",
-                          "Reg_CreateKeyBase:<< Reg_CreateKey result = 0x0"));
+  EXPECT_THAT(
+      Trace(kHandler, kRoot + kPath),
+      ElementsAre("Reg_CreateKeyBase:>> Start", "Reg_CreateKeyBase:<< RegCreateKeyBL result = 0x0",
+                  "Reg_CreateKeyBase:<< Reg_CreateKey result = 0x0"));
   EXPECT_THAT(Trace(kHandler, {}, TRC_ERROR),
               ElementsAre("Reg_CreateKeyBase:<< result = 0x219a baseKey=0x0"));
   EXPECT_THAT(Trace(kHandler, kRoot, TRC_ERROR),
               ElementsAre("Reg_CreateKeyBase:<< result = 0x219a lpszCreateKey="));
-  EXPECT_THAT(TraceFault(kHandler, kRoot + kPath),
-              ElementsAre("Reg_CreateKeyBase:>> Start",
-                          "Reg_CreateKeyBase:Exception: RegCreateKeyEx",
-                          "Reg_CreateKeyBase:<< Reg_CreateKey result = 0x0"));
+  EXPECT_THAT(
+      TraceFault(kHandler, kRoot + kPath),
+      ElementsAre("Reg_CreateKeyBase:>> Start", "Reg_CreateKeyBase:Exception: RegCreateKeyEx",
+                  "Reg_CreateKeyBase:<< Reg_CreateKey result = 0x0"));
 }
 
 TEST_F(RegistryTraceTest, DelKeyBaseTracesAsDelKey) {
@@ -195,9 +195,9 @@ TEST_F(RegistryTraceTest, DelKeyBaseTracesAsDelKey) {
 }
 
 TEST_F(RegistryTraceTest, AWrongRootKeyTracesNoResultOfAPrimitive) {
-  EXPECT_THAT(Trace(&CQorlixSRVPipe::Reg_CreateKeyBase, Wire("01000080") + kPath),
-              ElementsAre("Reg_CreateKeyBase:>> Start",
-                          "Reg_CreateKeyBase:<< Reg_CreateKey result = 0x0"));
+  EXPECT_THAT(
+      Trace(&CQorlixSRVPipe::Reg_CreateKeyBase, Wire("01000080") + kPath),
+      ElementsAre("Reg_CreateKeyBase:>> Start", "Reg_CreateKeyBase:<< Reg_CreateKey result = 0x0"));
 }
 
 }  // namespace

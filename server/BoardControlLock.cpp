@@ -12,7 +12,8 @@ constexpr std::uint32_t kLockWaitMs = 30000;
 HANDLE g_boardControlLock = nullptr;
 
 bool IsUsable(HANDLE handle) {
-  return handle != nullptr && handle != reinterpret_cast<HANDLE>(std::intptr_t{-1});
+  constexpr std::intptr_t kInvalid = -1;
+  return handle != nullptr && reinterpret_cast<std::intptr_t>(handle) != kInvalid;
 }
 
 }  // namespace

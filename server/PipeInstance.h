@@ -21,8 +21,8 @@ enum PipeState : std::uint32_t {
 
 /// One instance of the pipe and the request it is serving. Touched by the loop thread only.
 ///
-/// Owns its pipe handle and event; CloseSRV closes the handle in the order flush, disconnect, close.
-/// What the loop looks at on every sweep stands together at the front.
+/// Owns its pipe handle and event; CloseSRV closes the handle in the order flush, disconnect,
+/// close. What the loop looks at on every sweep stands together at the front.
 struct PipeInstance {
   OVERLAPPED overlapped;     ///< its hEvent is the instance's event
   HANDLE hPipe;              ///< 0 when closed

@@ -42,10 +42,10 @@ HANDLE CreateInstanceEvent() {
 }
 
 HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES* security, std::uint32_t& error) {
-  const HANDLE pipe =
-      CreateNamedPipeA(name, PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
-                       PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT | PIPE_REJECT_REMOTE_CLIENTS,
-                       kPipeInstances, kPipeBufferSize, kPipeBufferSize, kDefaultTimeoutMs, security);
+  const HANDLE pipe = CreateNamedPipeA(
+      name, PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
+      PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT | PIPE_REJECT_REMOTE_CLIENTS, kPipeInstances,
+      kPipeBufferSize, kPipeBufferSize, kDefaultTimeoutMs, security);
   error = GetLastError();
   return pipe == INVALID_HANDLE_VALUE ? nullptr : pipe;
 }

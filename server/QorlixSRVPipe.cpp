@@ -134,7 +134,8 @@ void CQorlixSRVPipe::DisconnectAndReconnect(int conId) {
   PipeInstance& pipe = PipeOf(conId);
   ZQ_TRACE(TRC_PROGRESS, kFct, "DisconnectAndReconnect for Pipe(%d)", conId);
 
-  // The connect uses the same overlapped block; a write that is still out must not complete into it.
+  // The connect uses the same overlapped block; a write that is still out must not complete into
+  // it.
   if (pipe.fPendingIO != 0 && !pipe_io::IsComplete(pipe.overlapped)) {
     pipe_io::Abandon(pipe.hPipe, pipe.overlapped);
   }

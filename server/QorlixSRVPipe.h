@@ -7,7 +7,8 @@
 #include "server/PipeInstance.h"
 #include "server/SrvResult.h"
 
-/// The server: a pool of 64 overlapped pipe instances, served by the one thread that calls StartSRV.
+/// The server: a pool of 64 overlapped pipe instances, served by the one thread that calls
+/// StartSRV.
 ///
 /// Every operation that takes a connection number works on that instance of the pool (0 to 63).
 /// Command handlers are operations of this class and run on the loop thread, one request at a time.
@@ -36,7 +37,8 @@ class CQorlixSRVPipe {
   /// Drops the client of one instance and starts a new connect on the same handle.
   void DisconnectAndReconnect(int conId);
 
-  /// Closes all instances. A client that does not read holds this up for at most two seconds in all.
+  /// Closes all instances. A client that does not read holds this up for at most two seconds in
+  /// all.
   void CloseSRV();
 
   /// Takes the board-control lock; waits at most 30000 ms. \returns the wait's result, or
@@ -69,8 +71,7 @@ class CQorlixSRVPipe {
   SrvResult ReadMultiString(int conId, char*& text, std::uint32_t capacity, std::uint32_t& length);
 
   /// A 32-bit length n and n bytes, with the same two special lengths; both report length 0.
-  SrvResult ReadBuffer(int conId, void* destination, std::uint32_t capacity,
-                       std::uint32_t& length);
+  SrvResult ReadBuffer(int conId, void* destination, std::uint32_t capacity, std::uint32_t& length);
 
   // --- Reply writer (codec/) ---
   //

@@ -7,8 +7,7 @@ namespace {
 
 // Starts a write of the reply buffer and moves the instance on. \returns what the call returned.
 std::uint32_t StartWrite(PipeInstance& pipe, std::uint32_t size) {
-  const pipe_io::Outcome io =
-      pipe_io::Write(pipe.hPipe, pipe.ReplyBuffer, size, pipe.overlapped);
+  const pipe_io::Outcome io = pipe_io::Write(pipe.hPipe, pipe.ReplyBuffer, size, pipe.overlapped);
   pipe.cbWriting = size;
   if (io.success && io.count == size) {
     pipe.fPendingIO = 0;

@@ -153,7 +153,8 @@ void CQorlixSRVPipe::TraceLostClient(int conId, bool success, std::uint32_t coun
     TraceHexDump(kFct, pipe.RequestBuffer, kDumpedBytes);
   }
   ZQ_TRACE(TRC_PROGRESS, kFct, "CurrentPointer=0x%x  fPendingIO=0x%x  hPipe=0x%x  Event=0x%x",
-           pipe.CurrentPointer, pipe.fPendingIO, HandleNumber(pipe.hPipe), HandleNumber(pipe.hEvent));
+           pipe.CurrentPointer, pipe.fPendingIO, HandleNumber(pipe.hPipe),
+           HandleNumber(pipe.hEvent));
   ZQ_TRACE(TRC_PROGRESS, kFct,
            "Pending: READING_STATE: Client disconnected ... prepare Pipe for new Client: "
            "->DisconnectAndReconnect");

@@ -5,8 +5,8 @@
 namespace {
 
 using fake_pipe_io::CompleteRead;
-using fake_pipe_io::Op;
 using fake_pipe_io::OnWait;
+using fake_pipe_io::Op;
 using fake_pipe_io::Script;
 using fake_pipe_io::Written;
 

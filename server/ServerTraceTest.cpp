@@ -68,18 +68,17 @@ TEST_F(ServerTraceTest, OneRequestFromConnectToTheNextRead) {
   ClientSends(5, "1000");
   EXPECT_THAT(
       From(Lines(), "while - WaitForMultipleObjects"),
-      ElementsAre("while - WaitForMultipleObjects",
-                  "WaitForMultipleObjects received Element on dwWait=0x5",
-                  "Pending: CONNECTING_STATE", "READING_STATE -> ReadFile: Pipe(5)=0x7d6",
-                  "ReadFile: ReceivePointer=0 Byte", "while - WaitForMultipleObjects",
-                  "WaitForMultipleObjects received Element on dwWait=0x5",
-                  "Pending: READING_STATE", "WRITING_STATE -> GetCommand for Pipe(5)",
-                  "opCode 0x10", ">> Begin CQorlixSRVPipe::Send(long)",
-                  "<< CQorlixSRVPipe::Send SendResult=0x0 writeResult=0x1  DataLength=6",
-                  "while - WaitForMultipleObjects",
-                  "WaitForMultipleObjects received Element on dwWait=0x5",
-                  "No Pending Operation -> check Pipe-State",
-                  "READING_STATE -> ReadFile: Pipe(5)=0x7d6", "ReadFile: ReceivePointer=0 Byte"));
+      ElementsAre(
+          "while - WaitForMultipleObjects", "WaitForMultipleObjects received Element on dwWait=0x5",
+          "Pending: CONNECTING_STATE", "READING_STATE -> ReadFile: Pipe(5)=0x7d6",
+          "ReadFile: ReceivePointer=0 Byte", "while - WaitForMultipleObjects",
+          "WaitForMultipleObjects received Element on dwWait=0x5", "Pending: READING_STATE",
+          "WRITING_STATE -> GetCommand for Pipe(5)", "opCode 0x10",
+          ">> Begin CQorlixSRVPipe::Send(long)",
+          "<< CQorlixSRVPipe::Send SendResult=0x0 writeResult=0x1  DataLength=6",
+          "while - WaitForMultipleObjects", "WaitForMultipleObjects received Element on dwWait=0x5",
+          "No Pending Operation -> check Pipe-State", "READING_STATE -> ReadFile: Pipe(5)=0x7d6",
+          "ReadFile: ReceivePointer=0 Byte"));
 }
 
 TEST_F(ServerTraceTest, ARequestThatIsReadAtOnceTracesItsLength) {
@@ -108,8 +107,7 @@ TEST_F(ServerTraceTest, AFailedReadThatMovedBytesDumpsTheFirst64) {
     fake_pipe_io::Complete(5, /*success=*/false, 70, ERROR_BROKEN_PIPE);
   });
   EXPECT_THAT(From(Lines(), "fSuccess != Success"),
-              ElementsAre("fSuccess != Success",
-                          "00 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F",
+              ElementsAre("fSuccess != Success", "00 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F",
                           "10 11 12 13 14 15 16 17 18 19 1A 1B 1C 1D 1E 1F",
                           "20 21 22 23 24 25 26 27 28 29 2A 2B 2C 2D 2E 2F",
                           "30 31 32 33 34 35 36 37 38 39 3A 3B 3C 3D 3E 3F", testing::_, testing::_,

@@ -60,7 +60,8 @@ bool SrvSecurity::CreateSids() {
     DWORD size = SECURITY_MAX_SID_SIZE;
     sids_[i] = AllocLocal(size);
     if (sids_[i] == nullptr) return false;
-    if (CreateWellKnownSid(kTypes[i], /*DomainSid=*/nullptr, sids_[i], &size) == FALSE) return false;
+    if (CreateWellKnownSid(kTypes[i], /*DomainSid=*/nullptr, sids_[i], &size) == FALSE)
+      return false;
   }
   return true;
 }

@@ -23,8 +23,8 @@ class SrvSecurity {
   /// \param mode see SecurityPlan.h
   /// \returns false, with the last error set, when a well-known SID cannot be created.
   ///
-  /// Kept: a failure in any later step is not reported. Attributes() then carries no descriptor, and
-  /// what is created with it gets the platform's default security.
+  /// Kept: a failure in any later step is not reported. Attributes() then carries no descriptor,
+  /// and what is created with it gets the platform's default security.
   bool Build(std::uint32_t mask, std::uint32_t mode);
 
   /// Valid as long as this object; handle inheritance is off.
@@ -40,7 +40,7 @@ class SrvSecurity {
 
   SECURITY_ATTRIBUTES attributes_ = {};
   void* sids_[kWellKnownCount] = {};
-  void* tokenUser_ = nullptr;    // TOKEN_USER of the process; null when it could not be read
+  void* tokenUser_ = nullptr;  // TOKEN_USER of the process; null when it could not be read
   void* acl_ = nullptr;
   void* descriptor_ = nullptr;
 };

@@ -19,8 +19,8 @@ struct Ace {
 
 std::string SidText(const BYTE* sid) {
   const SID* const s = reinterpret_cast<const SID*>(sid);
-  std::string text = "S-" + std::to_string(s->Revision) + "-" +
-                     std::to_string(s->IdentifierAuthority.Value[5]);
+  std::string text =
+      "S-" + std::to_string(s->Revision) + "-" + std::to_string(s->IdentifierAuthority.Value[5]);
   for (BYTE i = 0; i < s->SubAuthorityCount; ++i) {
     text += "-" + std::to_string(s->SubAuthority[i]);
   }
@@ -40,9 +40,9 @@ std::vector<Ace> DaclOf(void* descriptor) {
     EXPECT_TRUE(GetAce(acl, i, &raw));
     const auto* const ace = static_cast<const ACCESS_ALLOWED_ACE*>(raw);
     EXPECT_EQ(ace->Header.AceFlags, 0);
-    aces.push_back({ace->Header.AceType == ACCESS_DENIED_ACE_TYPE, ace->Mask,
-                    SidText(static_cast<const BYTE*>(raw) +
-                            offsetof(ACCESS_ALLOWED_ACE, SidStart))});
+    aces.push_back(
+        {ace->Header.AceType == ACCESS_DENIED_ACE_TYPE, ace->Mask,
+         SidText(static_cast<const BYTE*>(raw) + offsetof(ACCESS_ALLOWED_ACE, SidStart))});
   }
   return aces;
 }
@@ -110,9 +110,8 @@ TEST(SrvSecurityTest, ModeOneSetsOwnerAndGroup) {
 TEST(SrvSecurityTest, APipeTakesTheDescriptor) {
   SrvSecurity security;
   ASSERT_TRUE(security.Build(kPipeClientRights, kModeCurrentUser));
-  const HANDLE pipe =
-      CreateNamedPipeA("\\\\.\\pipe\\QorlixSrvSecurityTest", PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE, 1,
-                       64, 64, 0, security.Attributes());
+  const HANDLE pipe = CreateNamedPipeA("\\\\.\\pipe\\QorlixSrvSecurityTest", PIPE_ACCESS_DUPLEX,
+                                       PIPE_TYPE_BYTE, 1, 64, 64, 0, security.Attributes());
   EXPECT_NE(pipe, INVALID_HANDLE_VALUE);
   (void)CloseHandle(pipe);
 }

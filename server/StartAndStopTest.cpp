@@ -27,8 +27,8 @@ TEST_F(StartAndStopTest, TheStartEventIsSetBehindThePoolAndBeforeTheHardwareDete
   std::size_t pipeCalls = 0;
   fake_board_library::OnStartHardwareDetection([&] {
     const std::vector<std::string> calls = fake_named_object::Calls();
-    eventWasSet = std::find(calls.begin(), calls.end(), "set _QorlixSRVStartSRVEvent") !=
-                  calls.end();
+    eventWasSet =
+        std::find(calls.begin(), calls.end(), "set _QorlixSRVStartSRVEvent") != calls.end();
     pipeCalls = fake_pipe_io::Calls().size();
   });
   Run();

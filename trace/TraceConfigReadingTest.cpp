@@ -31,6 +31,9 @@ class TraceConfigReadingTest : public testing::Test {
     SetText("Consult", "30");
     SetText("Format", "Short");
     SetText("FctName", "Install*");
+    SetText("Module", "SRV");
+    SetText("String", ">>");
+    SetText("TraceId", "QORLIX*");
     SetText("sm_size", "5000");
     SetText("Output", "SM");
     Read();
@@ -145,6 +148,8 @@ TEST_F(TraceConfigReadingTest, AProgramWithoutAMaskNameHasNoMask) {
 
 TEST_F(TraceConfigReadingTest, WhatIsGoneAtTheNextReadingHasItsDefaultAgain) {
   EveryValueOnce();
+  SetText("Output", "DBG");
+  Read();
   TheMachine().parameters.clear();
   SetText("Level", "1");
   Read();
@@ -152,6 +157,9 @@ TEST_F(TraceConfigReadingTest, WhatIsGoneAtTheNextReadingHasItsDefaultAgain) {
   EXPECT_EQ(config_.format, TraceFormat::kLong);
   EXPECT_EQ(config_.output, TraceOutput::kFile);
   EXPECT_EQ(config_.function.size(), 0u);
+  EXPECT_EQ(config_.module.size(), 0u);
+  EXPECT_EQ(config_.text.size(), 0u);
+  EXPECT_EQ(config_.traceId.size(), 0u);
 }
 
 TEST_F(TraceConfigReadingTest, MaskPrefixAndSizesKeepAnEarlierValue) {

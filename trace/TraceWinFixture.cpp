@@ -1,5 +1,7 @@
 #include "trace/TraceWinFixture.h"
 
+#include <windows.h>
+
 #include <fstream>
 #include <sstream>
 
@@ -33,7 +35,7 @@ void TraceWinFixture::SetText(const std::string& name, const std::string& text) 
   SetRaw(name, REG_SZ, text + '\0');
 }
 
-void TraceWinFixture::SetRaw(const std::string& name, DWORD type, const std::string& data) {
+void TraceWinFixture::SetRaw(const std::string& name, std::uint32_t type, const std::string& data) {
   HKEY key = nullptr;
   (void)RegCreateKeyA(HKEY_LOCAL_MACHINE, kKey, &key);
   (void)RegSetValueExA(key, name.c_str(), 0, type, reinterpret_cast<const BYTE*>(data.data()),
@@ -69,19 +71,19 @@ ChildProcess::ChildProcess(const std::string& filter) {
   (void)GetModuleFileNameA(nullptr, program, sizeof(program));
   std::string command = std::string("\"") + program + "\" --gtest_also_run_disabled_tests" +
                         " --gtest_brief=1 --gtest_filter=" + filter;
+  PROCESS_INFORMATION created = {};
   STARTUPINFOA startup = {};
   startup.cb = sizeof(startup);
   EXPECT_TRUE(CreateProcessA(nullptr, command.data(), nullptr, nullptr, /*bInheritHandles=*/FALSE,
-                             0, nullptr, nullptr, &startup, &process_));
+                             0, nullptr, nullptr, &startup, &created));
+  process_ = created.hProcess;
+  if (created.hThread != nullptr) (void)CloseHandle(created.hThread);
 }
 
-ChildProcess::~ChildProcess() {
-  (void)CloseHandle(process_.hThread);
-  (void)CloseHandle(process_.hProcess);
-}
+ChildProcess::~ChildProcess() { (void)CloseHandle(process_); }
 
 bool ChildProcess::Passed() {
   DWORD code = 1;
-  return WaitForSingleObject(process_.hProcess, kChildTimeout) == WAIT_OBJECT_0 &&
-         GetExitCodeProcess(process_.hProcess, &code) != FALSE && code == 0;
+  return WaitForSingleObject(process_, kChildTimeout) == WAIT_OBJECT_0 &&
+         GetExitCodeProcess(process_, &code) != FALSE && code == 0;
 }

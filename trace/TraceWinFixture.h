@@ -1,13 +1,12 @@
 #ifndef TRACE_TRACEWINFIXTURE_H_
 #define TRACE_TRACEWINFIXTURE_H_
 
-#include <windows.h>
-
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
-#include <vector>
 
+#include "platform/WinTypes.h"
 #include "trace/Zqotrc.h"
 
 /// The facility on the real machine: a configuration in the registry, a folder for files, and this
@@ -21,7 +20,7 @@ class TraceWinFixture : public testing::Test {
   ~TraceWinFixture() override;
 
   static void SetText(const std::string& name, const std::string& text);
-  static void SetRaw(const std::string& name, DWORD type, const std::string& data);
+  static void SetRaw(const std::string& name, std::uint32_t type, const std::string& data);
   static void RemoveKey();
 
   /// Lines go to files below the folder, in the text layout.
@@ -51,7 +50,7 @@ class ChildProcess {
   bool Passed();
 
  private:
-  PROCESS_INFORMATION process_ = {};
+  HANDLE process_ = nullptr;
 };
 
 #endif  // TRACE_TRACEWINFIXTURE_H_

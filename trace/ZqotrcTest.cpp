@@ -253,6 +253,14 @@ TEST_F(ZqotrcTest, RefreshAllCountsTheGenerationUpAndReadsAgainAtOnce) {
   EXPECT_FALSE(zqotrc::Wanted(64));
 }
 
+TEST_F(ZqotrcTest, RefreshAllTellsTheEngineWhenLinesGoThere) {
+  SetText("Output", "ZqTRACEENGINE");
+  Initialise();
+  zqotrc::RefreshAll();
+  ASSERT_FALSE(TheMachine().engineSteps.empty());
+  EXPECT_EQ(TheMachine().engineSteps.back(), "command 2 Zqsdd_TraceWriterFile");
+}
+
 TEST_F(ZqotrcTest, ConsultReadsAgainWhenItsSecondsHavePassed) {
   SetText("Consult", "30");
   Initialise();

@@ -1,5 +1,5 @@
-// Answers for a machine without a single communication board: enumerations are at their end, look-ups
-// find nothing, and what works on all boards has nothing to do.
+// Answers for a machine without a single communication board: enumerations are at their end,
+// look-ups find nothing, and what works on all boards has nothing to do.
 
 #include "board/boardsvc32.h"
 
@@ -80,8 +80,7 @@ std::uint32_t BRDX_GetBoardInfoExBL(std::uint32_t, char*, char*, char*, std::uin
 std::uint32_t BRDX_RegisterForDeviceChangeNotifications(BRDX_GUID, char*) { return kNotFound; }
 std::uint32_t BRDX_UnregisterForDeviceChangeNotifications(BRDX_GUID, char*) { return kNotFound; }
 
-std::uint32_t BRDX_GetDeviceChange(char*, std::uint8_t*, BRDX_GUID*, char*,
-                                   std::uint32_t* cbText) {
+std::uint32_t BRDX_GetDeviceChange(char*, std::uint8_t*, BRDX_GUID*, char*, std::uint32_t* cbText) {
   return Nothing(kNoMoreItems, cbText);
 }
 

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "tests/e2e/Clients.h"

@@ -95,8 +95,8 @@ void Complete(int conId, bool success, std::uint32_t count, std::uint32_t error)
   instance.signalled = true;
   Pipe[conId].overlapped.Internal = success ? 0 : 0xC0000000;
   if (success && !instance.writing.empty()) {
-    instance.written = instance.written + Bytes(instance.writing.begin(),
-                                                instance.writing.begin() + count);
+    instance.written =
+        instance.written + Bytes(instance.writing.begin(), instance.writing.begin() + count);
   }
   instance.writing.clear();
 }
@@ -266,8 +266,6 @@ void GiveWay() {
   const NotOurs notOurs;
   Log("give way");
 }
-std::uintptr_t ErrorQueryAddress() {
-  return 4711;
-}
+std::uintptr_t ErrorQueryAddress() { return 4711; }
 
 }  // namespace pipe_io

@@ -100,6 +100,7 @@ bool CanonicalisePath(const char* path, CanonicalPath& canonical) {
   const NotOurs notOurs;
   if (std::strlen(path) >= CanonicalPath::kCapacity) return false;
   std::vector<std::string> kept;
+  bool wentAboveTheFirst = false;  // then the platform leaves a leading backslash
   std::string text = path;
   std::size_t start = 0;
   while (start <= text.size()) {
@@ -108,12 +109,13 @@ bool CanonicalisePath(const char* path, CanonicalPath& canonical) {
     const std::string element = text.substr(start, end - start);
     if (element == "..") {
       if (!kept.empty()) kept.pop_back();
+      wentAboveTheFirst = wentAboveTheFirst || kept.empty();
     } else if (element != ".") {
       kept.push_back(element);
     }
     start = end + 1;
   }
-  std::string joined;
+  std::string joined = wentAboveTheFirst && !kept.empty() ? "\\" : "";
   for (std::size_t i = 0; i < kept.size(); ++i) joined += (i == 0 ? "" : "\\") + kept[i];
   if (joined.empty()) joined = "\\";
   std::memcpy(canonical.text, joined.c_str(), joined.size() + 1);

@@ -40,8 +40,7 @@ std::optional<Bytes> Value(const std::string& path, const std::string& name) {
   Bytes data(20000);
   DWORD type = 0;
   auto size = static_cast<DWORD>(data.size());
-  const LSTATUS status =
-      RegQueryValueExA(key, name.c_str(), nullptr, &type, data.data(), &size);
+  const LSTATUS status = RegQueryValueExA(key, name.c_str(), nullptr, &type, data.data(), &size);
   (void)RegCloseKey(key);
   if (status != ERROR_SUCCESS) return std::nullopt;
   data.resize(size);

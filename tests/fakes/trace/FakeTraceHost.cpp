@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cerrno>
 
 #include "tests/fakes/trace/FakeTrace.h"
 #include "trace/TraceHost.h"
@@ -30,7 +31,9 @@ bool ParameterKey::Read(const char* name, RawParameter& value) const {
 
 void TakeMoment(TraceMoment& moment) {
   moment = TheMachine().moment;
-  g_lastError = 1;  // any call of the platform may leave something there
+  // Any call of the platform may leave something there.
+  g_lastError = 1;
+  errno = EIO;
 }
 
 std::int64_t CounterFrequency() { return TheMachine().frequency; }
