@@ -13,13 +13,13 @@ bool InvokeGuarded(void (*call)(void* context), void* context);
 
 /// Runs one foreign call; `result` receives what it returned.
 ///
-/// \returns false, with `result` as it was, when the call raised: a structured exception of any
-/// kind
-///   (an access violation, a foreign compiler's C++ exception) or a C++ exception of our own.
+/// \returns false, with `result` as it was, when the call raised: a structured exception (an access
+///   violation, a foreign compiler's C++ exception, any other) or a C++ exception of our own.
 ///
 /// After a structured exception the frames inside the call are abandoned, not unwound. So the
-/// lambda holds the one call and nothing that owns anything; locks, buffers and libraries belong
-/// outside, where they are released on both roads.
+/// lambda holds the one call and nothing of ours that owns anything; locks, buffers and libraries
+/// belong outside, where they are released on both roads. What the call itself owns is lost: a
+/// registry primitive that faults leaves its key open, which is accepted.
 template <typename Call>
 bool GuardedCall(std::uint32_t& result, Call&& call) {
   struct Context {

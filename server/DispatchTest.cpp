@@ -65,17 +65,17 @@ TEST_F(DispatchTest, AConfirmedStopClosesEveryInstanceInOrderAndEndsTheLoop) {
     EXPECT_EQ(Count("close " + std::to_string(i)), 1) << i;
     EXPECT_EQ(Pipe[i].hPipe, nullptr);
   }
-  const std::vector<std::string>& calls = fake_pipe_io::Calls();
-  const auto flush = std::find(calls.begin(), calls.end(), "flush 3 for 2000");
-  ASSERT_NE(flush, calls.end());
-  EXPECT_EQ(*(flush + 1), "disconnect 3");
-  EXPECT_EQ(*(flush + 2), "close 3");
 }
 
-TEST_F(DispatchTest, WhereNobodyIsConnectedNothingIsFlushed) {
+TEST_F(DispatchTest, AStopFlushesAllConnectedClientsTogetherBeforeAnyIsDisconnected) {
+  OnWait([] { fake_pipe_io::Complete(7); });
   ClientSends(3, "FD00 FD000000");
   Run();
-  EXPECT_EQ(Count("flush 4 for 2000"), 0);
+  const std::vector<std::string>& calls = fake_pipe_io::Calls();
+  const auto flush = std::find(calls.begin(), calls.end(), "flush for 2000: 3 7");
+  ASSERT_NE(flush, calls.end());
+  EXPECT_EQ(*(flush + 1), "disconnect 0");
+  EXPECT_EQ(*(flush + 2), "close 0");
 }
 
 }  // namespace

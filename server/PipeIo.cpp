@@ -28,8 +28,11 @@ HANDLE StartFlush(HANDLE pipe) {
                       DUPLICATE_SAME_ACCESS) == FALSE) {
     return nullptr;
   }
-  const HANDLE thread = CreateThread(/*lpThreadAttributes=*/nullptr, /*dwStackSize=*/0, FlushThread,
-                                     ownPipe, /*dwCreationFlags=*/0, /*lpThreadId=*/nullptr);
+  // Up to 64 of them at once: a full stack each would be much address space for one call.
+  constexpr SIZE_T kStackSize = 65536;
+  const HANDLE thread =
+      CreateThread(/*lpThreadAttributes=*/nullptr, kStackSize, FlushThread, ownPipe,
+                   STACK_SIZE_PARAM_IS_A_RESERVATION, /*lpThreadId=*/nullptr);
   if (thread == nullptr) (void)CloseHandle(ownPipe);
   return thread;
 }
@@ -98,15 +101,18 @@ std::uint32_t WaitAny(const HANDLE* events, std::uint32_t count, std::uint32_t m
   return result;
 }
 
-void FlushUntil(HANDLE pipe, std::uint64_t deadline) {
-  // A flush waits for the reader without a limit, so it gets a thread of its own; the disconnect
-  // that follows ends a flush that is still waiting.
-  const std::uint64_t now = Now();
-  if (now >= deadline) return;
-  const HANDLE thread = StartFlush(pipe);
-  if (thread == nullptr) return;
-  (void)WaitForSingleObject(thread, static_cast<DWORD>(deadline - now));
-  (void)CloseHandle(thread);
+void FlushAll(const HANDLE* pipes, std::uint32_t count, std::uint32_t milliseconds) {
+  // A flush waits for its reader without a limit, so each gets a thread of its own; the disconnect
+  // that follows ends those that are still waiting.
+  HANDLE threads[MAXIMUM_WAIT_OBJECTS];
+  DWORD started = 0;
+  for (std::uint32_t i = 0; i < count && started < MAXIMUM_WAIT_OBJECTS; ++i) {
+    threads[started] = StartFlush(pipes[i]);
+    if (threads[started] != nullptr) ++started;
+  }
+  if (started == 0) return;
+  (void)WaitForMultipleObjects(started, threads, /*bWaitAll=*/TRUE, milliseconds);
+  for (DWORD i = 0; i < started; ++i) (void)CloseHandle(threads[i]);
 }
 
 void Close(HANDLE pipe) { (void)CloseHandle(pipe); }

@@ -44,8 +44,9 @@ std::uint32_t WaitAny(const HANDLE* events, std::uint32_t count, std::uint32_t m
                       std::uint32_t& error);
 inline constexpr std::uint32_t kForever = 0xFFFFFFFF;
 
-/// Waits until the client has read what was written to it, but not beyond `deadline`.
-void FlushUntil(HANDLE pipe, std::uint64_t deadline);
+/// Waits until the clients of all these pipes have read what was written to them, but no longer
+/// than told. One that does not read does not keep the others from reading meanwhile.
+void FlushAll(const HANDLE* pipes, std::uint32_t count, std::uint32_t milliseconds);
 void Close(HANDLE pipe);
 
 /// Milliseconds of a clock that only runs forward.

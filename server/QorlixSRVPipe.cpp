@@ -19,9 +19,9 @@ namespace {
 
 constexpr char kStartEvent[] = "_QorlixSRVStartSRVEvent";
 
-// How long all clients together may hold up the closing of the pool. With the rest of a stop it
-// stays well below the five seconds after which a starter gives up on the process.
-constexpr std::uint64_t kFlushBudgetMs = 2000;
+// How long clients have, when the pool is closed, to read what was written to them. With the rest
+// of a stop it stays well below the five seconds after which a starter gives up on the process.
+constexpr std::uint32_t kFlushMs = 2000;
 
 // How long an instance rests whose connect failed outright, before the next try.
 constexpr std::uint64_t kConnectRetryMs = 100;
@@ -160,11 +160,16 @@ void CQorlixSRVPipe::RetryFailedConnects() {
 void CQorlixSRVPipe::CloseSRV() {
   static constexpr char kFct[] = "CloseSRV: ";
   ZQ_TRACE(TRC_PROGRESS, kFct, ">> ClosePipes");
-  const std::uint64_t deadline = pipe_io::Now() + kFlushBudgetMs;
+  // Where nobody is connected there is nothing to flush.
+  HANDLE connected[kPipeInstances];
+  std::uint32_t count = 0;
+  for (const PipeInstance& pipe : Pipe) {
+    if (pipe.hPipe != nullptr && pipe.dwState != CONNECTING_STATE) connected[count++] = pipe.hPipe;
+  }
+  pipe_io::FlushAll(connected, count, kFlushMs);
+
   for (PipeInstance& pipe : Pipe) {
     if (pipe.hPipe == nullptr) continue;
-    // Where nobody is connected there is nothing to flush.
-    if (pipe.dwState != CONNECTING_STATE) pipe_io::FlushUntil(pipe.hPipe, deadline);
     (void)pipe_io::Disconnect(pipe.hPipe);
     pipe_io::Close(pipe.hPipe);
     pipe.hPipe = nullptr;

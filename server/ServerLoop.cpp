@@ -19,8 +19,8 @@ constexpr std::uint32_t kFailedConnectWaitMs = 100;
 // its next request ready must not keep all others from being seen.
 constexpr std::uint32_t kPassesWithoutWait = 2 * kPipeInstances;
 
-// Whether the next pass can serve the instance without a wait. Its event is signalled exactly then:
-// every operation that completes signals it, and whoever leaves an instance without one does.
+// Whether the next pass can serve the instance without a wait. A wait would report it then: every
+// operation that completes signals the event, and whoever leaves an instance without one does.
 bool IsDue(const PipeInstance& pipe) {
   if (pipe.fPendingIO != 0) return pipe_io::IsComplete(pipe.overlapped);
   return pipe.fConnectFailed == 0 && pipe.hPipe != nullptr;
@@ -99,6 +99,12 @@ std::uint32_t CQorlixSRVPipe::RunSrvLoop() {
 CQorlixSRVPipe::Next CQorlixSRVPipe::CompletePending(int conId) {
   PipeInstance& pipe = PipeOf(conId);
   const pipe_io::Outcome io = pipe_io::Completion(pipe.hPipe, pipe.overlapped);
+  if (!io.success && io.error == ERROR_IO_INCOMPLETE) {
+    // Woken for nothing. Taken for a failure, it would cost a client, or in CONNECTING_STATE all.
+    pipe_io::Unsignal(pipe.overlapped.hEvent);
+    if (pipe_io::IsComplete(pipe.overlapped)) pipe_io::Signal(pipe.overlapped.hEvent);
+    return Next::NextPass;
+  }
   switch (pipe.dwState) {
     case CONNECTING_STATE:
       ZQ_TRACE(TRC_PROGRESS, kFct, "Pending: CONNECTING_STATE");

@@ -1,4 +1,6 @@
+#include "tests/fakes/trace/FakeTrace.h"
 #include "tests/support/LoopFixture.h"
+#include "trace/Zqotrc.h"
 
 // The connection states over scripted completions.
 
@@ -121,6 +123,30 @@ TEST_F(ServerLoopTest, AFailedPendingConnectEndsTheLoop) {
   ClientSends(6, "1000");
   Run();
   EXPECT_TRUE(Written(6).empty());
+}
+
+TEST_F(ServerLoopTest, AWakeForNothingCostsNobody) {
+  OnWait([] { pipe_io::Signal(Pipe[5].overlapped.hEvent); });  // its connect is still out
+  ClientSends(5, "1000");
+  OnWait([] { pipe_io::Signal(Pipe[5].overlapped.hEvent); });  // its read is still out
+  OnWait([] { CompleteRead(5, Wire("1000")); });
+  Run();
+  EXPECT_EQ(Written(5), kDone + kDone);
+  EXPECT_EQ(Count("disconnect 5"), 0);
+}
+
+TEST_F(ServerLoopTest, AnUnknownStateWithoutPendingOperationEndsTheLoop) {
+  FakeTrace::Collect(TRC_ERROR);
+  OnWait([] {
+    Pipe[6].fPendingIO = 0;
+    Pipe[6].dwState = 3;
+    pipe_io::Signal(Pipe[6].overlapped.hEvent);
+  });
+  Run();
+  std::vector<std::string> texts;
+  for (const FakeTrace::Line& line : FakeTrace::Lines()) texts.push_back(line.text);
+  FakeTrace::Reset();
+  EXPECT_THAT(texts, testing::Contains("<< RunSrvLoop End Invalid pipe state"));
 }
 
 TEST_F(ServerLoopTest, AnUnknownPipeStateEndsTheLoop) {
@@ -270,12 +296,24 @@ TEST_F(ServerLoopTest, ARequestOf8192BytesIsServed) {
   EXPECT_EQ(Written(5), kDone);
 }
 
+TEST_F(ServerLoopTest, TheLoopsErrorGoesBehindWhatAHandlerHadBuilt) {
+  // A handler that fails with a reply begun: the bytes it built, and then the loop's own reply.
+  OnWait([] { fake_pipe_io::Complete(5); });
+  OnWait([] {
+    Pipe[5].cbToWrite = 3;
+    Pipe[5].ReplyBuffer[0] = 0xA1;
+    Pipe[5].ReplyBuffer[1] = 0xA2;
+    Pipe[5].ReplyBuffer[2] = 0xA3;
+    CompleteRead(5, Wire("0100"));
+  });
+  Run();
+  EXPECT_EQ(Written(5), Wire("A1A2A3 0400 9A210000"));
+}
+
 TEST_F(ServerLoopTest, AReplyThatDoesNotFitDisconnectsTheClient) {
   // The reply counter is not touched between request and dispatch, so a full buffer stands for a
   // handler that has built too much.
   ClientSends(5, "1000");
-  OnWait([] {});
-  fake_pipe_io::OnWait([] {});
   Pipe[5].cbToWrite = kPipeBufferSize - 5;
   Run();
   EXPECT_TRUE(Written(5).empty());

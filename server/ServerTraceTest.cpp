@@ -161,6 +161,33 @@ TEST_F(ServerTraceTest, AHandlersFailureIsTracedAsTheLoopSendsIt) {
   EXPECT_THAT(Lines(), Contains("Error occured : lResult=0x219a"));
 }
 
+TEST_F(ServerTraceTest, FailuresOfOneClientAreLinesOfTheErrorBit) {
+  Script(Op::Write, 6, {false, ERROR_IO_PENDING, 0});
+  Script(Op::Read, 7, {false, ERROR_BROKEN_PIPE, 0});
+  ClientSends(5, "0100");
+  OnWait([] { fake_pipe_io::Complete(5, /*success=*/false, 0, ERROR_BROKEN_PIPE); });
+  ClientSends(6, "1000");
+  OnWait([] { fake_pipe_io::Complete(6, /*success=*/true, 3); });
+  OnWait([] { fake_pipe_io::Complete(7); });
+  EXPECT_THAT(Lines(TRC_ERROR),
+              ElementsAre("ReadLong exit with BUFFER_OVERFLOW", "<< result = 0x219a DelKey",
+                          "Error occured : lResult=0x219a", "fSuccess != Success", "cbRet == 0",
+                          "Pending: WRITING_STATE: Something is wrong: ->DisconnectAndReconnect",
+                          "READING_STATE: Something is wrong: ->DisconnectAndReconnect",
+                          testing::StartsWith("<< Out of Range")));
+}
+
+TEST_F(ServerTraceTest, LinesOfTheLoopAreTracedUnderItsName) {
+  ClientSends(5, "1000");
+  (void)Lines();
+  for (const FakeTrace::Line& line : FakeTrace::Lines()) {
+    if (line.text == "opCode 0x10" || line.text == "while - WaitForMultipleObjects") {
+      EXPECT_EQ(line.function, "RunSrvLoop: ");
+    }
+    EXPECT_EQ(line.component, "SRV");
+  }
+}
+
 TEST_F(ServerTraceTest, AnUnansweredClientIsReconnected) {
   ClientSends(5, "1000");
   Pipe[5].cbToWrite = kPipeBufferSize;

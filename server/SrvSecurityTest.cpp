@@ -110,6 +110,7 @@ TEST(SrvSecurityTest, ModeOneSetsOwnerAndGroup) {
 TEST(SrvSecurityTest, APipeTakesTheDescriptor) {
   SrvSecurity security;
   ASSERT_TRUE(security.Build(kPipeClientRights, kModeCurrentUser));
+  ASSERT_NE(security.Attributes()->lpSecurityDescriptor, nullptr);
   const HANDLE pipe = CreateNamedPipeA("\\\\.\\pipe\\QorlixSrvSecurityTest", PIPE_ACCESS_DUPLEX,
                                        PIPE_TYPE_BYTE, 1, 64, 64, 0, security.Attributes());
   EXPECT_NE(pipe, INVALID_HANDLE_VALUE);

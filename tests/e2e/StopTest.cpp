@@ -105,6 +105,25 @@ TEST_F(StopTest, ReplyThatIsBeingReadIsDeliveredBeforeTheEnd) {
   ExpectExit();
 }
 
+TEST_F(StopTest, ReaderBehindOneWhoNeverReadsStillGetsEverything) {
+  MakeBigValue();
+  // Connected first, so it sits in a lower instance than the reader.
+  std::vector<WireClient> silent;
+  ASSERT_TRUE(ConnectMore(silent, 3));
+  for (WireClient& client : silent) {
+    ASSERT_TRUE(client.Send(kGetBig));
+    ASSERT_TRUE(client.HasWaiting(kBigReply.size()));
+  }
+  WireClient reading;
+  ASSERT_TRUE(reading.Connect());
+  ASSERT_TRUE(reading.Send(kGetBig));
+  ASSERT_TRUE(reading.HasWaiting(kBigReply.size()));
+  ASSERT_TRUE(client_.Send(kStop));
+  Sleep(1000);
+  EXPECT_TRUE(reading.YieldsNext(kBigReply));
+  ExpectExit();
+}
+
 TEST_F(StopTest, StopWith64NeverReadingClientsIsNotHeldUp) {
   MakeBigValue();
   std::vector<WireClient> clients;

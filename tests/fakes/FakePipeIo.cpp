@@ -248,10 +248,13 @@ std::uint32_t WaitAny(const HANDLE*, std::uint32_t count, std::uint32_t millisec
   return WAIT_TIMEOUT;
 }
 
-void FlushUntil(HANDLE pipe, std::uint64_t deadline) {
+void FlushAll(const HANDLE* pipes, std::uint32_t count, std::uint32_t milliseconds) {
   const NotOurs notOurs;
-  Log("flush " + std::to_string(ConIdOf(pipe, kPipeBase)) + " for " +
-      std::to_string(deadline - g_state.now));
+  std::string call = "flush for " + std::to_string(milliseconds) + ":";
+  for (std::uint32_t i = 0; i < count; ++i) {
+    call += " " + std::to_string(ConIdOf(pipes[i], kPipeBase));
+  }
+  Log(call);
 }
 
 void Close(HANDLE pipe) {

@@ -16,7 +16,7 @@ ParameterKey::ParameterKey() {
   if (TheMachine().keyExists) key_ = &TheMachine().parameters;
 }
 
-ParameterKey::~ParameterKey() = default;
+ParameterKey::~ParameterKey() { key_ = nullptr; }
 
 bool ParameterKey::Read(const char* name, RawParameter& value) const {
   const auto& parameters = *static_cast<const std::map<std::string, FakeTrace::Parameter>*>(key_);
