@@ -77,7 +77,8 @@ TEST_F(StartUpTraceTest, ASecondServerTracesWhyItEnds) {
   ASSERT_THAT(second.ExitCode(kExitMs), Optional(183u));
   EXPECT_THAT(
       Lines("CreateSRV: "),
-      ElementsAre(">> Start Pipe Server", "Couldn't CreateMutex because ERROR_ALREADY_EXISTS"));
+      ElementsAre(">> Start Pipe Server", "namedMutex erfolgreich angelegt!",
+                  ">> Start Pipe Server", "Couldn't CreateMutex because ERROR_ALREADY_EXISTS"));
 }
 
 TEST_F(StartUpTraceTest, ANameThatIsTakenBySomethingElseEndsTheServerWithItsError) {
