@@ -93,18 +93,33 @@ class Parser {
     return "--timeout takes seconds from 0.001 to 86400, not '" + seconds + "'";
   }
 
-  // The value may be left out, so the next word is taken only if it is one.
+  // The value may be left out, so the next word is taken only if it is one. A word that was meant
+  // to be one must not become data.
   std::string TakeBase() {
     constexpr std::uint32_t kLocalMachine = 0x80000002;
     invocation_.hasBase = true;
     invocation_.base = kLocalMachine;
-    if (!hasValue_) {
-      if (at_ < words_.size() && ParseRootKey(words_[at_], invocation_.base)) ++at_;
-      return {};
+    if (hasValue_) {
+      return ParseRootKey(value_, invocation_.base) ? std::string() : NotARoot(value_);
     }
-    if (ParseRootKey(value_, invocation_.base)) return {};
+    if (at_ == words_.size()) return {};
+    const std::string& word = words_[at_];
+    if (ParseRootKey(word, invocation_.base)) {
+      ++at_;
+    } else if (LooksLikeARoot(word)) {
+      return NotARoot(word);
+    }
+    return {};
+  }
+
+  static bool LooksLikeARoot(std::string_view word) {
+    return EqualsIgnoringCase(word.substr(0, 2), "hk") ||
+           EqualsIgnoringCase(word.substr(0, 2), "0x");
+  }
+
+  static std::string NotARoot(const std::string& word) {
     return "--base takes HKLM, HKCU, HKCR, HKU, HKCC or 0x and up to eight hex digits, not '" +
-           value_ + "'";
+           word + "'";
   }
 
   // What people type who do not know yet how to ask: alone, or right behind the command. Anywhere

@@ -43,6 +43,13 @@ TEST(ArgumentsTest, EmptyArgumentsCount) {
   EXPECT_EQ(Parsed({"reg", "set", "K", "", ""}).arguments, (Words{"K", "", ""}));
 }
 
+TEST(ArgumentsTest, AMistypedBaseDoesNotBecomeData) {
+  EXPECT_NE(ErrorOf({"reg", "set", "K", "--base", "HKXX", "N", "T"}).find("'HKXX'"),
+            std::string::npos);
+  EXPECT_NE(ErrorOf({"reg", "create", "K", "--base", "0x80000002x"}).find("'0x80000002x'"),
+            std::string::npos);
+}
+
 TEST(ArgumentsTest, TheBaseMayBeLeftOutNamedOrWrittenAsANumber) {
   EXPECT_FALSE(Parsed({"reg", "create", "K"}).hasBase);
   EXPECT_EQ(Parsed({"reg", "create", "K", "--base"}).base, 0x80000002u);

@@ -87,7 +87,8 @@ constexpr ResultCode kCodes[] = {
      "a library or registry call failed with an exception"},
     {SRV_ERR_NO_KEY_HANDLE, "SRV_ERR_NO_KEY_HANDLE",
      "a registry key was opened, but no handle came back"},
-    {SRV_ERR_UNKNOWN_COMMAND, "SRV_ERR_UNKNOWN_COMMAND", "the server does not know the command"},
+    {SRV_ERR_UNKNOWN_COMMAND, "SRV_ERR_UNKNOWN_COMMAND",
+     "the server does not know the command, or this release of it does not offer it"},
     {10006, "", "a silent restart after which no ring check runs"},
 };
 

@@ -38,11 +38,66 @@ class AnswerText {
   char bytes_[RegValueBufferSize + 1];
 };
 
-// Refuses every root key but HKEY_LOCAL_MACHINE, with an event that does not name the path.
-bool IsLocalMachine(std::uint32_t rootKey) {
-  if (rootKey == kLocalMachine) return true;
+enum class Root { LocalMachine, Other };
+
+// Tells the root keys apart and reports every one but HKEY_LOCAL_MACHINE, without the path.
+Root RootOf(std::uint32_t rootKey) {
+  if (rootKey == kLocalMachine) return Root::LocalMachine;
   ReportErrorEvent(kRegistryEventSource, "Only operations to HKEY_LOCAL_MACHINE are allowed!");
-  return false;
+  return Root::Other;
+}
+
+// --- What a command and its sibling with a root key share, once their fields are read ---
+
+SrvResult FinishCreateKey(CQorlixSRVPipe& srv, int conId, const char* function, Root root,
+                          const char* key) {
+  std::uint32_t result = ERROR_ACCESS_DENIED;
+  if (root == Root::LocalMachine) {
+    if (GuardedCall(result, [&] { return RegCreateKeyBL(key); })) {
+      ZQ_TRACE(TRC_PROGRESS, function, "<< RegCreateKeyBL result = 0x%x", result);
+    } else {
+      ZQ_TRACE(TRC_ERROR, function, "Exception: RegCreateKeyEx");
+      result = SRV_ERR_EXCEPTION_OCCURED;
+    }
+  }
+
+  const SrvResult sendResult = srv.Send(conId, result);
+  ZQ_TRACE(TRC_PROGRESS, function, "<< Reg_CreateKey result = 0x%x", sendResult);
+  return sendResult;
+}
+
+SrvResult FinishDelKey(CQorlixSRVPipe& srv, int conId, const char* function, Root root,
+                       const char* key) {
+  std::uint32_t result = ERROR_ACCESS_DENIED;
+  if (root == Root::LocalMachine) {
+    if (GuardedCall(result, [&] { return RegDelKeyBL(key); })) {
+      ZQ_TRACE(TRC_PROGRESS, function, "<< RegDelKeyBL result = 0x%x", result);
+    } else {
+      ZQ_TRACE(TRC_ERROR, function, "Exception: SHDeleteKey");
+      result = SRV_ERR_EXCEPTION_OCCURED;
+    }
+  }
+
+  const SrvResult sendResult = srv.Send(conId, result);
+  ZQ_TRACE(TRC_PROGRESS, function, "<< Reg_DelKey result = 0x%x", sendResult);
+  return sendResult;
+}
+
+SrvResult FinishSetValue(CQorlixSRVPipe& srv, int conId, const char* function, Root root,
+                         const char* key, const char* name, const char* value) {
+  std::uint32_t result = ERROR_ACCESS_DENIED;
+  if (root == Root::LocalMachine) {
+    if (GuardedCall(result, [&] { return RegSetValueBL(key, name, value); })) {
+      ZQ_TRACE(TRC_PROGRESS, function, "<< RegSetValueBL result = 0x%x", result);
+    } else {
+      ZQ_TRACE(TRC_ERROR, function, "Exception: RegSetValueBL");
+      result = SRV_ERR_EXCEPTION_OCCURED;
+    }
+  }
+
+  const SrvResult sendResult = srv.Send(conId, result);
+  ZQ_TRACE(TRC_PROGRESS, function, "<< Reg_SetValue result = 0x%x", sendResult);
+  return sendResult;
 }
 
 }  // namespace
@@ -56,17 +111,7 @@ SrvResult CQorlixSRVPipe::Reg_CreateKey(int conId) {
   fields.Text(key, "<< result = 0x%x lpszCreateKey=%s");
   if (fields.Failed()) return fields.Result();
 
-  std::uint32_t result = SRV_OK;
-  if (GuardedCall(result, [&] { return RegCreateKeyBL(key.get()); })) {
-    ZQ_TRACE(TRC_PROGRESS, kFct, "<< RegCreateKeyBL result = 0x%x", result);
-  } else {
-    ZQ_TRACE(TRC_ERROR, kFct, "Exception: RegCreateKeyEx");
-    result = SRV_ERR_EXCEPTION_OCCURED;
-  }
-
-  const SrvResult sendResult = Send(conId, result);
-  ZQ_TRACE(TRC_PROGRESS, kFct, "<< Reg_CreateKey result = 0x%x", sendResult);
-  return sendResult;
+  return FinishCreateKey(*this, conId, kFct, Root::LocalMachine, key.get());
 }
 
 SrvResult CQorlixSRVPipe::Reg_DelKey(int conId) {
@@ -78,17 +123,7 @@ SrvResult CQorlixSRVPipe::Reg_DelKey(int conId) {
   fields.Text(key, "<< result = 0x%x DelKey");
   if (fields.Failed()) return fields.Result();
 
-  std::uint32_t result = SRV_OK;
-  if (GuardedCall(result, [&] { return RegDelKeyBL(key.get()); })) {
-    ZQ_TRACE(TRC_PROGRESS, kFct, "<< RegDelKeyBL result = 0x%x", result);
-  } else {
-    ZQ_TRACE(TRC_ERROR, kFct, "Exception: SHDeleteKey");
-    result = SRV_ERR_EXCEPTION_OCCURED;
-  }
-
-  const SrvResult sendResult = Send(conId, result);
-  ZQ_TRACE(TRC_PROGRESS, kFct, "<< Reg_DelKey result = 0x%x", sendResult);
-  return sendResult;
+  return FinishDelKey(*this, conId, kFct, Root::LocalMachine, key.get());
 }
 
 SrvResult CQorlixSRVPipe::Reg_SetValue(int conId) {
@@ -102,17 +137,7 @@ SrvResult CQorlixSRVPipe::Reg_SetValue(int conId) {
   fields.Text(value, "<< result = 0x%x Value");
   if (fields.Failed()) return fields.Result();
 
-  std::uint32_t result = SRV_OK;
-  if (GuardedCall(result, [&] { return RegSetValueBL(key.get(), name.get(), value.get()); })) {
-    ZQ_TRACE(TRC_PROGRESS, kFct, "<< RegSetValueBL result = 0x%x", result);
-  } else {
-    ZQ_TRACE(TRC_ERROR, kFct, "Exception: RegSetValueBL");
-    result = SRV_ERR_EXCEPTION_OCCURED;
-  }
-
-  const SrvResult sendResult = Send(conId, result);
-  ZQ_TRACE(TRC_PROGRESS, kFct, "<< Reg_SetValue result = 0x%x", sendResult);
-  return sendResult;
+  return FinishSetValue(*this, conId, kFct, Root::LocalMachine, key.get(), name.get(), value.get());
 }
 
 SrvResult CQorlixSRVPipe::Reg_GetValue(int conId) {
@@ -255,19 +280,7 @@ SrvResult CQorlixSRVPipe::Reg_SetValueBase(int conId) {
   fields.Text(value, "<< result = 0x%x Value");
   if (fields.Failed()) return fields.Result();
 
-  std::uint32_t result = ERROR_ACCESS_DENIED;
-  if (IsLocalMachine(baseKey)) {
-    if (GuardedCall(result, [&] { return RegSetValueBL(key.get(), name.get(), value.get()); })) {
-      ZQ_TRACE(TRC_PROGRESS, kFct, "<< RegSetValueBL result = 0x%x", result);
-    } else {
-      ZQ_TRACE(TRC_ERROR, kFct, "Exception: RegSetValueBL");
-      result = SRV_ERR_EXCEPTION_OCCURED;
-    }
-  }
-
-  const SrvResult sendResult = Send(conId, result);
-  ZQ_TRACE(TRC_PROGRESS, kFct, "<< Reg_SetValue result = 0x%x", sendResult);
-  return sendResult;
+  return FinishSetValue(*this, conId, kFct, RootOf(baseKey), key.get(), name.get(), value.get());
 }
 
 SrvResult CQorlixSRVPipe::Reg_CreateKeyBase(int conId) {
@@ -281,19 +294,7 @@ SrvResult CQorlixSRVPipe::Reg_CreateKeyBase(int conId) {
   fields.Text(key, "<< result = 0x%x lpszCreateKey=%s");
   if (fields.Failed()) return fields.Result();
 
-  std::uint32_t result = ERROR_ACCESS_DENIED;
-  if (IsLocalMachine(baseKey)) {
-    if (GuardedCall(result, [&] { return RegCreateKeyBL(key.get()); })) {
-      ZQ_TRACE(TRC_PROGRESS, kFct, "<< RegCreateKeyBL result = 0x%x", result);
-    } else {
-      ZQ_TRACE(TRC_ERROR, kFct, "Exception: RegCreateKeyEx");
-      result = SRV_ERR_EXCEPTION_OCCURED;
-    }
-  }
-
-  const SrvResult sendResult = Send(conId, result);
-  ZQ_TRACE(TRC_PROGRESS, kFct, "<< Reg_CreateKey result = 0x%x", sendResult);
-  return sendResult;
+  return FinishCreateKey(*this, conId, kFct, RootOf(baseKey), key.get());
 }
 
 SrvResult CQorlixSRVPipe::Reg_DelKeyBase(int conId) {
@@ -308,17 +309,5 @@ SrvResult CQorlixSRVPipe::Reg_DelKeyBase(int conId) {
   fields.Text(key, "<< result = 0x%x DelKey");
   if (fields.Failed()) return fields.Result();
 
-  std::uint32_t result = ERROR_ACCESS_DENIED;
-  if (IsLocalMachine(baseKey)) {
-    if (GuardedCall(result, [&] { return RegDelKeyBL(key.get()); })) {
-      ZQ_TRACE(TRC_PROGRESS, kFct, "<< RegDelKeyBL result = 0x%x", result);
-    } else {
-      ZQ_TRACE(TRC_ERROR, kFct, "Exception: SHDeleteKey");
-      result = SRV_ERR_EXCEPTION_OCCURED;
-    }
-  }
-
-  const SrvResult sendResult = Send(conId, result);
-  ZQ_TRACE(TRC_PROGRESS, kFct, "<< Reg_DelKey result = 0x%x", sendResult);
-  return sendResult;
+  return FinishDelKey(*this, conId, kFct, RootOf(baseKey), key.get());
 }

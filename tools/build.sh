@@ -9,6 +9,7 @@ for job in "$@"; do
   [ "$job" = "$preset" ] || IFS=, read -ra targets <<<"${job#*:}"
   log=build/$preset.log
   mkdir -p build
+  [ -e "build/$preset" ] || echo "building $job: takes minutes the first time; see $log"
   if ! { cmake --preset "$preset" &&
          cmake --build --preset "$preset" ${targets[@]+--target "${targets[@]}"}; } >"$log" 2>&1; then
     cat "$log" >&2

@@ -5,6 +5,11 @@ set -u
 . "$(dirname "$0")/wine-env.sh"
 cd "$QORLIX_ROOT/build/windows-x86/bin"
 
+if wine qorlixctl.exe ping --timeout 1 >/dev/null 2>&1; then
+  echo "A server is running already (of ./run --serve?); 'tools/ctl stop' ends it." >&2
+  exit 2
+fi
+
 demo='SOFTWARE\Vesmark\NORVA\Tour'
 work=$(mktemp -d)
 steps=0
@@ -52,8 +57,8 @@ answered() { [ "$1" -eq "$2" ] && cat "$work/out" "$work/err" | tr -d '\r' | gre
 events=0
 one_event() {
   events=$((events + 1))
-  [ "$(grep -c ':eventlog:' "$work/server.err")" -eq "$events" ] &&
-    grep ':eventlog:' "$work/server.err" | tail -n 1 | grep -qF -- "$1"
+  [ "$(grep -c ':eventlog:' "$log")" -eq "$events" ] &&
+    grep ':eventlog:' "$log" | tail -n 1 | grep -qF -- "$1"
 }
 
 finish() {
@@ -64,7 +69,9 @@ trap finish EXIT
 
 printf 'Start the server and wait until it says that its pipe exists\n'
 printf '    $ qorlixctl start --stay\n'
-ctl start --stay >"$work/start" 2>"$work/server.err" &
+# What the server reports to the event log shows up on its error stream.
+log=$QORLIX_ROOT/build/server.log
+ctl start --stay >"$work/start" 2>"$log" &
 starter=$!
 for _ in $(seq 200); do
   grep -q 'ready' "$work/start" && break
@@ -72,6 +79,7 @@ for _ in $(seq 200); do
   sleep 0.05
 done
 tr -d '\r' <"$work/start" | sed 's/^/    /'
+kill -0 "$starter" 2>/dev/null || sed 's/^/    /' "$log"
 verdict 'the server is ready' grep -q 'the server is ready' "$work/start"
 
 step 'Does it answer?' 0 'the server answered 0' ping
@@ -88,7 +96,7 @@ step '... and delete it' 0 '0 (success)' reg delete "$demo"
 
 step 'A change outside the permitted tree is refused' 1 'ERROR_ACCESS_DENIED' \
   reg set 'SOFTWARE\Elsewhere' Greeting 'Hello there'
-grep ':eventlog:' "$work/server.err" | tail -n 1 | sed 's/^/    event log: /'
+grep ':eventlog:' "$log" | tail -n 1 | sed 's/^/    event log: /'
 verdict 'one event names the path' \
   one_event 'Invalid Access to Reg-Key: SOFTWARE\\Elsewhere'
 step 'So is a way around it' 1 'ERROR_ACCESS_DENIED' \
@@ -112,6 +120,7 @@ if [ "${1:-}" = --serve ]; then
   trap 'rm -rf "$work"' EXIT
   printf '\n%s steps, %s wrong. The server keeps running; use tools/ctl, and tools/ctl stop.\n' \
     "$steps" "$wrong"
+  printf 'Its event-log reports go to build/server.log.\n'
   [ "$wrong" -eq 0 ]
   exit
 fi
