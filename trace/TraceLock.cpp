@@ -9,19 +9,24 @@ namespace {
 
 /// The error that was reported last; none after a success.
 constinit std::uint32_t g_reportedError = 0;
-/// Whether the last wait for the mutex ended without it.
-constinit bool g_isHostage = false;
+/// How many lines must still get the mutex in a row before one waits for it in full again; not 0
+/// since somebody kept it. Whoever lets go of it now and then must not cost the full wait each
+/// time.
+constinit std::uint32_t g_probation = 0;
 
 bool WaitForMutexInTime() {
+  const bool trusted = g_probation == 0;
   const std::uint32_t result =
-      WaitForTraceMutex(g_isHostage ? kHostageWaitMilliseconds : kLockWaitMilliseconds);
+      WaitForTraceMutex(trusted ? kLockWaitMilliseconds : kHostageWaitMilliseconds);
   if (result == WAIT_OBJECT_0 || result == WAIT_ABANDONED) {
-    g_isHostage = false;
+    if (!trusted) --g_probation;
     return true;
   }
-  if (result == WAIT_TIMEOUT && !g_isHostage) {
-    g_isHostage = true;
-    SendToDebugger("ERROR: ZqTRC_MUTEX is held by somebody, tracing goes on without it \n");
+  if (result == WAIT_TIMEOUT) {
+    g_probation = kProbationLines;
+    if (trusted) {
+      SendToDebugger("ERROR: ZqTRC_MUTEX is held by somebody, tracing goes on without it \n");
+    }
   }
   return false;
 }

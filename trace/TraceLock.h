@@ -11,6 +11,8 @@ namespace zqotrc {
 inline constexpr std::uint32_t kLockWaitMilliseconds = 10000;
 /// How long it waits while somebody has kept the mutex longer than that.
 inline constexpr std::uint32_t kHostageWaitMilliseconds = 1;
+/// Lines that must get the mutex in a row before it is waited for in full again.
+inline constexpr std::uint32_t kProbationLines = 1000;
 
 /// Creates the shared mutex if there is none. What prevents that is told to the debugger once.
 void EnsureTraceMutex(SECURITY_ATTRIBUTES* security);

@@ -92,6 +92,9 @@ TEST_P(DamagedRequestTest, AbsentTextIsAMissingArgument) {
 }
 
 TEST_P(DamagedRequestTest, AbsentTextIsJudgedAfterTheLaterFieldsWereRead) {
+  if (GetParam().texts.front() + 1 == GetParam().fields.size()) {
+    GTEST_SKIP() << "its text is its last field";
+  }
   for (const std::size_t field : GetParam().texts) {
     if (field + 1 == GetParam().fields.size()) continue;
     const Bytes request = GetParam().RequestWith(field, Wire("FFFF0000"));
