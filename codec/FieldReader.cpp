@@ -18,3 +18,27 @@ void FieldReader::TraceText(const FieldTrace<'s'>& trace, const char* text) cons
   if (!zqotrc::Wanted(TRC_ERROR)) return;
   zqotrc::TraceLine(function_, "SRV", trace.file, trace.line, trace.format, result_, text);
 }
+
+void FieldReader::Short(std::uint16_t& field, const ResultTrace& trace) {
+  if (Failed()) return;
+  result_ = srv_.ReadShort(conId_, field);
+  if (Failed()) TraceResult(trace);
+}
+
+void FieldReader::Byte(std::uint8_t& field, const ResultTrace& trace) {
+  if (Failed()) return;
+  result_ = srv_.ReadByte(conId_, field);
+  if (Failed()) TraceResult(trace);
+}
+
+void FieldReader::Buffer(void* buffer, std::uint32_t capacity, std::uint32_t& length,
+                         const ResultTrace& trace) {
+  if (Failed()) return;
+  result_ = srv_.ReadBuffer(conId_, buffer, capacity, length);
+  if (Failed()) TraceResult(trace);
+}
+
+void FieldReader::TraceResult(const ResultTrace& trace) const {
+  if (!zqotrc::Wanted(TRC_ERROR)) return;
+  zqotrc::TraceLine(function_, "SRV", trace.file, trace.line, trace.format, result_);
+}

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "server/QorlixSRVPipe.h"
 
@@ -20,6 +21,9 @@ class RequestText {
   /// The text, or null when the client sent it as absent.
   char* get() { return text_; }
 
+  /// Clears the whole buffer, for a library that may look behind the text.
+  void Clear() { std::memset(buffer_, 0, sizeof(buffer_)); }
+
  private:
   friend class FieldReader;
   char buffer_[Capacity];
@@ -29,7 +33,8 @@ class RequestText {
 /// The trace text of a field that could not be read, with the place that names it.
 ///
 /// The text may print the reader's result as its first and the field as its second argument; that
-/// it does nothing else is checked when it is compiled.
+/// it does nothing else is checked when it is compiled. Without a conversion for the field
+/// (ResultTrace) the text goes with fields of every kind.
 template <char Conversion>
 struct FieldTrace {
   // NOLINTNEXTLINE(google-explicit-constructor): a literal at the call site is the whole point
@@ -41,6 +46,11 @@ struct FieldTrace {
       if (*c == '/' || *c == '\\') file = c + 1;
     }
   }
+
+  // NOLINTNEXTLINE(google-explicit-constructor): a text that prints no field suits every field
+  template <char Other>
+  requires(Other == '\0' && Conversion != '\0') constexpr FieldTrace(const FieldTrace<Other>& any)
+      : format(any.format), file(any.file), line(any.line) {}
 
   const char* format;
   const char* file;
@@ -60,6 +70,8 @@ struct FieldTrace {
   static void NotAResultAndAField() {}  // not consteval: reaching it stops the compilation
 };
 
+using ResultTrace = FieldTrace<'\0'>;
+
 /// Takes a handler's fields in order and remembers the first that could not be read: from then on
 /// nothing more is taken, so a handler leaves once, behind its last field.
 class FieldReader {
@@ -75,12 +87,18 @@ class FieldReader {
   }
 
   void Long(std::uint32_t& field, const FieldTrace<'x'>& trace);
+  void Short(std::uint16_t& field, const ResultTrace& trace);
+  void Byte(std::uint8_t& field, const ResultTrace& trace);
+  /// \param length receives the bytes that the client sent, 0 for an absent buffer
+  void Buffer(void* buffer, std::uint32_t capacity, std::uint32_t& length,
+              const ResultTrace& trace);
 
   bool Failed() const { return result_ != SRV_OK; }
   SrvResult Result() const { return result_; }
 
  private:
   void TraceText(const FieldTrace<'s'>& trace, const char* text) const;
+  void TraceResult(const ResultTrace& trace) const;
 
   CQorlixSRVPipe& srv_;
   const int conId_;

@@ -38,6 +38,15 @@ class ApprovedPath {
 
 }  // namespace
 
+bool RegKeyExists(const char* path) {
+  UniqueRegKey key;
+  return OpenKey(path, KEY_READ, key) == ERROR_SUCCESS;
+}
+
+std::uint32_t RegDeleteLiteralKey(const char* name) {
+  return Code(RegDeleteKeyA(HKEY_LOCAL_MACHINE, name));
+}
+
 bool CanonicalisePath(const char* path, CanonicalPath& canonical) {
   static_assert(CanonicalPath::kCapacity == MAX_PATH);
   if (PathCanonicalizeA(canonical.text, path) == FALSE) return false;

@@ -41,6 +41,13 @@ std::uint32_t RegEnumKeyBL(const char* path, std::int32_t index, char* name, std
 std::uint32_t RegEnumValueBL(const char* path, std::int32_t index, char* name,
                              std::uint32_t& nameLength, void* data, std::uint32_t& dataLength);
 
+/// Whether a key exists and can be read.
+bool RegKeyExists(const char* path);
+
+/// Deletes a key without subkeys directly below HKEY_LOCAL_MACHINE, by its literal name and past
+/// the policy: for names that the server itself holds, never for a client's.
+std::uint32_t RegDeleteLiteralKey(const char* name);
+
 /// The platform's path canonicaliser. \returns false for a path that it does not take.
 bool CanonicalisePath(const char* path, CanonicalPath& canonical);
 

@@ -161,6 +161,82 @@ class CQorlixSRVPipe {
   /// Command 30. As Reg_DelKey, behind a long root key that must be 0x80000002 (5 otherwise).
   SrvResult Reg_DelKeyBase(int conId);
 
+  // --- Board-control commands (board/) ---
+  //
+  // Each reads its request, makes one call into the board-control library under the board-control
+  // lock, and answers. Texts are at most 8191 bytes, and an absent one reaches the library as a
+  // null pointer. A length is the capacity that the client wants for an answer; above 8192 it
+  // counts as 8192. Send(long) with 8604 answers a call that raised; any other failure carries the
+  // library's result. An answer whose lengths add up to more than 8160 is refused with 8602 and the
+  // lengths that are needed. In a reply, "text" is the text as the library wrote it, up to its
+  // first zero byte, and the length behind it is the one that the library reported.
+
+  /// Command 193. Request: string device id; long index, board-name length, board-map length,
+  /// adapter length. Reply: 0, then text and length of board name, board map and adapter; too long:
+  /// 8602 and the three lengths; failure: result, board-name length, 8192, board-map length.
+  SrvResult BC_EnumBoard(int conId);
+  /// Command 192. Request: long index and the lengths of board name, device id, net type, hardware
+  /// id, hardware instance id, board map. Reply: 0, text and length of each, long state; too long:
+  /// 8602 and the six lengths; failure: result and the lengths of board name, device id, net type
+  /// and board map.
+  SrvResult BC_EnumInstBoard(int conId);
+  /// Command 194. Request: long index, board-name length, device-id length. Reply: 0, text and
+  /// length of both, long value; too long and failure: code and both lengths.
+  SrvResult BC_EnumAvailableBoard(int conId);
+  /// Command 197. Request: long index, adapter-name length, board-map length. Reply: 0, text and
+  /// length of both, one byte; too long: Send(long) with 8602; failure: result and both lengths.
+  SrvResult BC_EnumAdapters(int conId);
+  /// Command 196. Request: long index; string board name, board map, device id, hardware instance
+  /// id; long lengths of configuration, protocol type, layer-4 protocol, unit. Reply: 0, text and
+  /// length of the four; too long and failure: code and the four lengths.
+  SrvResult BC_EnumConfiguration(int conId);
+  /// Command 163. Request: string device id, adapter, hardware id; long board-map length. Reply:
+  /// Send(long, TCHAR, long); too long and failure: code and the length.
+  SrvResult BC_BoardGetMap(int conId);
+  /// Command 195. Request: long info type; string board name, board map, device id, hardware
+  /// instance id; long value length. Reply: as BC_BoardGetMap.
+  SrvResult BC_GetBoardInfo(int conId);
+  /// Command 207. Request: long info type; string board name, board map, hardware instance id; long
+  /// buffer length, which is bounded as a signed number: from 2^31 on it reaches the library as it
+  /// is. Reply: SendBuffer; too long and failure: code and the length.
+  SrvResult BC_GetBoardInfoEx(int conId);
+  /// Command 199. No fields. Reply: Send(long) with the library's result.
+  SrvResult BC_Scan(int conId);
+  /// Command 201. No fields. Reply: Send(long) with the library's result.
+  SrvResult BC_CreateAllLogdevices(int conId);
+  /// Command 88. No fields. Reply: Send(long) with the library's result.
+  SrvResult BC_HasUninitializedInstances(int conId);
+  /// Command 200. Request: string device id, hardware id. Reply: Send(long) with the library's
+  /// result.
+  SrvResult BC_UpdateLogDevicesForDevice(int conId);
+
+  // --- Further commands of boards and devices (board/) ---
+
+  /// Command 292. No fields. Scans, drops abandoned logical devices, unassigns every logical name
+  /// whose logical device is gone, and rebuilds routes and logical devices, all under the
+  /// board-control lock. Reply: Send(long) with what dropping the abandoned devices returned.
+  ///
+  /// \param conId kNoConnection: nothing is sent, and that result is returned.
+  SrvResult BC_PlausibilitaetBL(int conId);
+  static constexpr int kNoConnection = -1;
+  /// Command 256. Request: string device id (at most 259 bytes, may be absent), GUID as long, two
+  /// shorts and eight bytes. Reply: Send(long) with the library's result.
+  SrvResult RegisterForDeviceChangeNotifications(int conId);
+  /// Command 257. As command 256.
+  SrvResult UnregisterForDeviceChangeNotifications(int conId);
+  /// Command 258. Request: string device id (at most 259 bytes, may be absent). Reply: 0, byte
+  /// kind, text with its length in front and behind, GUID; Send(long, long, long) with 8602, the
+  /// length and 16 when the text is above 8160 bytes; else Send(long).
+  SrvResult GetDeviceChange(int conId);
+  /// Command 290. Request: string hardware id, long option (0xFFFFFFFF for none). Reply: 0, long
+  /// status, long problem, both 0 when the device was not found; Send(long) with 8604.
+  SrvResult GetDeviceStateEx(int conId);
+  /// Command 191. Request: eight buffers: a block of at most 8160 bytes; three 32-bit values; a
+  /// second block; the sizes of two output areas, at most 8192 each; a last 32-bit value. Of a
+  /// value the first four bytes count, and a shorter one is extended with zeros. Reply: 0, buffer
+  /// first area, buffer of 4 bytes, buffer second area, two longs; else Send(long).
+  SrvResult GetBoardInformation(int conId);
+
  private:
   // What the loop does with an instance after its pending operation has been looked at.
   enum class Next { Act, NextPass, EndLoop };

@@ -226,3 +226,16 @@ std::uint32_t RegEnumValueBL(const char* path, std::int32_t index, char* name,
   if (!value.data.empty()) std::memcpy(data, value.data.data(), value.data.size());
   return ERROR_SUCCESS;
 }
+
+bool RegKeyExists(const char* path) {
+  const NotOurs notOurs;
+  Called();
+  return fake_registry::Find(path) != nullptr;
+}
+
+std::uint32_t RegDeleteLiteralKey(const char* name) {
+  const NotOurs notOurs;
+  Called();
+  Key& root = fake_registry::Root();
+  return root.subkeys.erase(fake_registry::Fold(name)) != 0 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+}

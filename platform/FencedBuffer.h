@@ -1,0 +1,13 @@
+#ifndef PLATFORM_FENCEDBUFFER_H_
+#define PLATFORM_FENCEDBUFFER_H_
+
+namespace platform {
+
+/// One buffer of the process, of 65536 bytes, behind which nothing can be written: for a library
+/// that is told a larger capacity than anybody has. Loop thread only; the content is the caller's
+/// to clear. \returns null when there is no memory for it.
+char* FencedBuffer();
+
+}  // namespace platform
+
+#endif  // PLATFORM_FENCEDBUFFER_H_

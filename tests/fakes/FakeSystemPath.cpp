@@ -1,0 +1,36 @@
+#include "tests/fakes/FakeSystemPath.h"
+
+#include <cstring>
+
+#include "platform/SystemPath.h"
+#include "tests/fakes/NotOurs.h"
+
+namespace {
+
+std::string g_systemDirectory = "C:\\windows\\system32";
+std::string g_specialFolder;
+
+}  // namespace
+
+void fake_system_path::Reset() {
+  g_systemDirectory = "C:\\windows\\system32";
+  g_specialFolder.clear();
+}
+
+void fake_system_path::SetSystemDirectory(const std::string& directory) {
+  g_systemDirectory = directory;
+}
+
+void fake_system_path::SetSpecialFolder(const std::string& folder) { g_specialFolder = folder; }
+
+std::uint32_t platform::SystemDirectory(PathBuffer& path) {
+  const auto size = static_cast<std::uint32_t>(g_systemDirectory.size());
+  if (size >= sizeof(path)) return size + 1;
+  std::memcpy(path, g_systemDirectory.c_str(), size + 1);
+  return size;
+}
+
+bool platform::SpecialFolder(int, PathBuffer& path) {
+  path[0] = '\0';
+  return !g_specialFolder.empty() && AppendToPath(path, g_specialFolder.c_str()) == 0;
+}
