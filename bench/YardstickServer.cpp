@@ -12,7 +12,6 @@
 
 #include <windows.h>
 
-#include <shlobj.h>
 #include <shlwapi.h>
 
 #include <cstdint>
@@ -231,12 +230,11 @@ bool CreatePool(const char* name) {
 
 // Nothing of these libraries is needed here, but the product loads them, and loading costs time and
 // memory on both sides. bench/run.sh refuses to compare programs whose imports differ.
-const void* volatile g_sameImports[3];
+const void* volatile g_sameImports[2];
 
 void TouchSameImports() {
   g_sameImports[0] = reinterpret_cast<const void*>(&PathCanonicalizeA);
-  g_sameImports[1] = reinterpret_cast<const void*>(&SHGetSpecialFolderPathA);
-  g_sameImports[2] = reinterpret_cast<const void*>(&StartHardwareDetection);
+  g_sameImports[1] = reinterpret_cast<const void*>(&StartHardwareDetection);
 }
 
 }  // namespace
