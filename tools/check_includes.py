@@ -40,7 +40,7 @@ FREE = {"tests", "bench", "fuzz"}  # may look at everything
 
 
 def is_test(path: pathlib.Path) -> bool:
-    return path.stem.endswith("Test") or "testing" in path.parts
+    return path.stem.endswith(("Test", "Fixture")) or "testing" in path.parts
 
 
 def core_files(folder: pathlib.Path) -> set:
