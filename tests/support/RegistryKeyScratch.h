@@ -10,7 +10,8 @@ inline constexpr char kTraceKey[] = "Software\\VESMARK\\NORVA\\TrcParams";
 /// object, and at its end what it was before.
 ///
 /// What was there is put aside in the registry. A program that is ended by force leaves it there,
-/// and the next object for the same key brings it back.
+/// and the next object for the same key brings it back; what was written to the key in between
+/// cannot be told from the ended program's own, and goes.
 class RegistryKeyScratch {
  public:
   explicit RegistryKeyScratch(const std::string& path);
