@@ -230,11 +230,12 @@ bool CreatePool(const char* name) {
 
 // Nothing of these libraries is needed here, but the product loads them, and loading costs time and
 // memory on both sides. bench/run.sh refuses to compare programs whose imports differ.
-const void* volatile g_sameImports[2];
+const void* volatile g_sameImports[3];
 
 void TouchSameImports() {
   g_sameImports[0] = reinterpret_cast<const void*>(&PathCanonicalizeA);
   g_sameImports[1] = reinterpret_cast<const void*>(&StartHardwareDetection);
+  g_sameImports[2] = reinterpret_cast<const void*>(&MessageBoxA);
 }
 
 }  // namespace

@@ -2,10 +2,10 @@
 
 #include <shlobj.h>
 
-#include <cstring>
 #include <iterator>
 
 #include "platform/GuardedCall.h"
+#include "platform/SystemPath.h"
 #include "trace/TraceOutputs.h"
 
 namespace zqotrc {
@@ -29,31 +29,12 @@ Function Export(EngineExport which) {
 
 constexpr std::uint32_t kRaised = 0xFFFFFFFF;
 
-/// The shell's library brings many others along, which a server that does not trace to the engine
-/// never needs. So it is no import, and is loaded here, by its full path and for good.
-FARPROC LookUpInShell(const char* name) {
-  static constexpr char kShell[] = "\\shell32.dll";
-  char path[MAX_PATH + sizeof(kShell)] = "";
-  const UINT length = GetSystemDirectoryA(path, MAX_PATH);
-  if (length == 0 || length >= MAX_PATH) return nullptr;
-  std::memcpy(path + length, kShell, sizeof(kShell));
-  const HMODULE shell = LoadLibraryA(path);
-  return shell != nullptr ? GetProcAddress(shell, name) : nullptr;
-}
-
 }  // namespace
 
 std::string_view CommonProgramFiles() {
-  using FolderFunction = BOOL(WINAPI*)(HWND window, char* path, int folder, BOOL create);
-
   // Found once, for an engine that does not open asks for it at every line.
-  static char found[MAX_PATH] = "";
-  if (found[0] != '\0') return found;
-  const auto getFolder = reinterpret_cast<FolderFunction>(LookUpInShell("SHGetSpecialFolderPathA"));
-  if (getFolder == nullptr || getFolder(/*window=*/nullptr, found, CSIDL_PROGRAM_FILES_COMMON,
-                                        /*create=*/FALSE) == FALSE) {
-    found[0] = '\0';
-  }
+  static platform::PathBuffer found = "";
+  if (found[0] == '\0') (void)platform::SpecialFolder(CSIDL_PROGRAM_FILES_COMMON, found);
   return found;
 }
 
