@@ -90,8 +90,20 @@ void ShowFiles(Report& report, const std::string& prefix) {
   if (report.IsJson()) report.Json().Close(']');
 }
 
+// Nobody makes the folder of the files, and nobody is told that it is missing.
+std::string MissingFolder(const zqotrc::TraceConfig& config) {
+  const std::string prefix = config.filePrefix;
+  const std::size_t end = prefix.find_last_of("\\/");
+  if (config.output != zqotrc::TraceOutput::kFile || end == std::string::npos) return {};
+  const std::string folder = prefix.substr(0, end + 1);
+  if (traceview::FolderExists(folder)) return {};
+  return "the folder " + folder + " does not exist, so every line is dropped: create it";
+}
+
 void ShowPitfalls(Report& report, const Configuration& configuration) {
-  const std::vector<std::string> pitfalls = traceview::Pitfalls(configuration);
+  std::vector<std::string> pitfalls = traceview::Pitfalls(configuration);
+  const std::string folder = MissingFolder(configuration.config);
+  if (!folder.empty()) pitfalls.push_back(folder);
   if (report.IsJson()) report.Json().Name("pitfalls").Open('[');
   for (const std::string& pitfall : pitfalls) {
     if (report.IsJson()) report.Json().Text(Utf8FromAnsi(pitfall));

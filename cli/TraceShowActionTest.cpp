@@ -52,6 +52,7 @@ TEST_F(TraceShowTest, WithoutAKeyEverythingIsDefaultAndNothingIsWritten) {
   EXPECT_TRUE(Says("  Level          0x00000000    default;"));
   EXPECT_TRUE(Says("no:  Level is 0"));
   EXPECT_TRUE(Says("C:\\TMP\\ZqFILE1.TRC  not there  <- "));
+  EXPECT_TRUE(Says("note: the folder C:\\TMP\\ does not exist, so every line is dropped"));
 }
 
 TEST_F(TraceShowTest, EveryBitHasItsYesOrNoAndItsReason) {
