@@ -156,6 +156,7 @@ TEST_F(TraceActionsTest, WhatIsAskedForWronglyIsSaidAndNothingElse) {
   EXPECT_EQ(Run({"trace", "dump", file, "--level", "loud"}), kExitUsage);
   EXPECT_THAT(output_.err, HasSubstr("'loud'"));
   EXPECT_EQ(Run({"trace", "dump", file, "--ring"}), kExitUsage);
+  EXPECT_THAT(output_.err, HasSubstr("exclude each other"));
   EXPECT_EQ(Run({"trace", "follow", file, file}), kExitUsage);
   EXPECT_EQ(output_.out, "");
 }
