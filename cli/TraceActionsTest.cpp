@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -31,7 +32,9 @@ constexpr char kRead[] =
 class TraceActionsTest : public testing::Test {
  protected:
   TraceActionsTest() {
-    folder_ = std::filesystem::temp_directory_path() / "qorlix_trace_actions";
+    folder_ = std::filesystem::temp_directory_path() /
+              ("qorlix_trace_actions_" +
+               std::to_string(std::chrono::system_clock::now().time_since_epoch().count()));
     std::filesystem::remove_all(folder_);
     std::filesystem::create_directories(folder_);
   }

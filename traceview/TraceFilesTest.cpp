@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -63,7 +64,8 @@ class TraceFilesTest : public testing::Test {
  protected:
   TraceFilesTest() {
     folder_ = std::filesystem::temp_directory_path() /
-              ("qorlix_traceview_" + std::to_string(reinterpret_cast<std::uintptr_t>(this)));
+              ("qorlix_traceview_" +
+               std::to_string(std::chrono::system_clock::now().time_since_epoch().count()));
     std::filesystem::remove_all(folder_);
     std::filesystem::create_directories(folder_);
   }
