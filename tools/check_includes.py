@@ -17,6 +17,9 @@ CONTRACT = ["server/QorlixSRVPipe.h", "server/PipeInstance.h", "server/SrvResult
 PRIMITIVES = ["registry/RegistryOperation.h", "registry/RegistryPolicy.h",
               "registry/ProductInformation.h", "registry/OsName.h"]
 LOW = ["platform", "trace"]
+# What a reader of traces shares with their writer: layouts and arithmetic, nothing that writes.
+TRACE_FORMATS = ["trace/TraceConfig.h", "trace/TraceFilter.h", "trace/TraceHost.h",
+                 "trace/TraceRecord.h", "trace/TraceRing.h", "trace/TraceText.h"]
 COMMANDS = LOW + CONTRACT + PRIMITIVES + ["codec"]
 ALLOWED = {
     "platform": [],
@@ -29,7 +32,8 @@ ALLOWED = {
     "maintenance": COMMANDS,
     "server": COMMANDS + ["board/boardsvc32.h", "maintenance"],
     "client": ["codec/Wire.h", "server/CommandCode.h", "server/SrvResult.h"],
-    "cli": ["client"],
+    "traceview": ["platform"] + TRACE_FORMATS,
+    "cli": ["client", "traceview", "trace/TraceConfig.h", "trace/TraceHost.h"],
     "standins": ["board/boardsvc32.h"],
 }
 # The contract headers hold declarations only and stand below everything that uses them.
