@@ -42,7 +42,11 @@ struct Subcommand {
   int (*action)(const Invocation& invocation, Output& output);
 };
 
-enum OptionBit : unsigned { kTakesBase = 1, kTakesServer = 2 };  // --server and --stay
+enum OptionBit : unsigned {
+  kTakesBase = 1,
+  kTakesServer = 2,  ///< --server and --stay
+  kTakesReport = 4,  ///< -o, --title and --force
+};
 
 /// A command line, taken apart. Texts are UTF-8.
 struct Invocation {
@@ -56,6 +60,9 @@ struct Invocation {
   std::string pipe;    ///< empty: the server's own
   std::string server;  ///< empty: the program beside this one
   bool stay = false;
+  std::string output;  ///< the file to write
+  std::string title;
+  bool force = false;
   bool hasBase = false;
   std::uint32_t base = 0;
 };

@@ -14,6 +14,13 @@
 namespace traceview {
 namespace {
 
+std::string Utf8(const ReportInput& input, std::string_view bytes) {
+  return input.toUtf8 == nullptr ? std::string(bytes) : input.toUtf8(bytes);
+}
+
+// Stands near the beginning of every page.
+constexpr std::string_view kGenerator = "content=\"qorlixctl trace report\"";
+
 // Gives every different text a number, in the order of first use.
 class TextPool {
  public:
@@ -27,9 +34,7 @@ class TextPool {
   /// Conversion comes last: once for each different text.
   void Write(ScriptJson& json, std::string_view name, const ReportInput& input) const {
     json.Name(name).Open('[');
-    for (const std::string* text : texts_) {
-      json.Text(input.toUtf8 == nullptr ? *text : input.toUtf8(*text));
-    }
+    for (const std::string* text : texts_) json.Text(Utf8(input, *text));
     json.Close(']');
   }
 
@@ -38,11 +43,14 @@ class TextPool {
   std::vector<const std::string*> texts_;  // the map's keys stay where they are
 };
 
+// In place of the time as written: it follows from the time on the axis.
+constexpr std::int64_t kOnTheAxis = -1;
+
 // All columns that a place in a program writes alike. There are few of them, whatever the length of
 // the trace, so a line needs no more than the number of its place, its text and its time.
-using Place = std::tuple<std::int64_t, std::uint32_t, std::uint32_t, std::int64_t, std::int64_t,
-                         std::int64_t, std::int64_t, std::int64_t, std::int64_t, std::uint32_t,
-                         std::int64_t, std::uint32_t>;
+using Place =
+    std::tuple<std::int64_t, std::uint32_t, std::uint32_t, std::int64_t, std::int64_t, std::int64_t,
+               std::int64_t, std::int64_t, std::int64_t, std::uint32_t, std::int64_t, std::int64_t>;
 
 class PlacePool {
  public:
@@ -58,7 +66,7 @@ class PlacePool {
                       texts.Number(line.file),
                       line.line,
                       texts.Number(line.function),
-                      line.source};
+                      line.microseconds < 0 ? texts.Number(line.time) : kOnTheAxis};
     const auto [found, isNew] =
         numbers_.try_emplace(place, static_cast<std::int64_t>(places_.size()));
     if (isNew) places_.push_back(&found->first);
@@ -104,7 +112,8 @@ void WriteDifferences(ScriptJson& json, std::string_view name,
   json.Close(']');
 }
 
-void WriteNumbers(ScriptJson& json, std::string_view name, const std::vector<std::int64_t>& values) {
+void WriteNumbers(ScriptJson& json, std::string_view name,
+                  const std::vector<std::int64_t>& values) {
   json.Name(name).Open('[');
   for (const std::int64_t value : values) json.Number(value);
   json.Close(']');
@@ -133,12 +142,15 @@ void WriteCommands(ScriptJson& json, const TraceStory& story) {
   json.Close(']');
 }
 
-void WriteLevels(ScriptJson& json, std::span<const TraceLine> lines) {
+// Pairs of code and meaning of the levels that occur.
+void WriteLevels(ScriptJson& json, const ReportInput& input) {
   std::map<std::string_view, std::string_view> levels;
-  for (const TraceLine& line : lines) levels.try_emplace(line.level, LevelName(line.level));
-  json.Name("levels").Open('{');
-  for (const auto& [code, name] : levels) json.Name(code).Text(name);
-  json.Close('}');
+  for (const TraceLine& line : input.lines) levels.try_emplace(line.level, LevelName(line.level));
+  json.Name("levels").Open('[');
+  for (const auto& [code, name] : levels) {
+    json.Open('[').Text(Utf8(input, code)).Text(Utf8(input, name)).Close(']');
+  }
+  json.Close(']');
 }
 
 void WriteSegments(ScriptJson& json, const TraceStory& story) {
@@ -194,7 +206,7 @@ std::string BuildTraceReport(const ReportInput& input, ReportFigures* figures) {
   WriteSegments(json, story);
   WriteRequests(json, story);
   WriteCommands(json, story);
-  WriteLevels(json, input.lines);
+  WriteLevels(json, input);
   json.Close('}');
 
   const std::string& data = json.Written();
@@ -204,7 +216,7 @@ std::string BuildTraceReport(const ReportInput& input, ReportFigures* figures) {
 }
 
 bool IsTraceReport(std::string_view head) {
-  return head.starts_with(kReportPageHead.substr(0, kReportPageSignature));
+  return head.starts_with("<!DOCTYPE html>") && head.find(kGenerator) < kReportHeadSize;
 }
 
 }  // namespace traceview

@@ -13,8 +13,8 @@ namespace traceview {
 
 struct ReportInput {
   std::span<const TraceLine> lines;
-  std::span<const std::string> files;  ///< names in UTF-8; a line's `source` is an index into them
-  std::string title;                   ///< UTF-8; empty: the page makes one of the file names
+  std::span<const std::string> files;  ///< names in UTF-8, to be shown
+  std::string title;                   ///< UTF-8; empty: the page makes one of the first name
   /// Turns bytes of a trace into UTF-8. May be null when they are UTF-8 already.
   std::string (*toUtf8)(std::string_view bytes) = nullptr;
 };

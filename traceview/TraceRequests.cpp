@@ -28,14 +28,13 @@ constexpr std::string_view kNamesConnection[] = {
 };
 
 // The beginnings of a pass, in case the line that woke the loop was filtered out.
-constexpr std::string_view kBeginsPass[] = {"No Pending Operation", "Pending: ",
-                                            "READING_STATE -> "};
+constexpr std::string_view kBeginsPass[] = {"No Pending Operation",
+                                            "Pending: ", "READING_STATE -> "};
 
 // The words of the lines at which the server itself counts a failure.
 constexpr std::string_view kErrorWords[] = {
-    "<< Error",        "Error occured",   "Something is wrong", "is wrong: ->",
-    "BUFFER_OVERFLOW", "failed with",     "Couldn't",           "<< Out of Range",
-    "Invalid pipe",    "=> Reconnect Pipe",
+    "<< Error",    "Error occured", "Something is wrong", "is wrong: ->", "BUFFER_OVERFLOW",
+    "failed with", "Couldn't",      "<< Out of Range",    "Invalid pipe", "=> Reconnect Pipe",
 };
 // These are written when a client closes its end, as every client does some day.
 constexpr std::string_view kClientGone[] = {"fSuccess != Success", "cbRet == 0"};
@@ -150,10 +149,10 @@ class ThreadStory {
 class Axis {
  public:
   std::int64_t Place(const TraceLine& line, std::uint32_t index, TraceStory& story) {
-    const Clock clock = line.microseconds < 0            ? Clock::kNone
-                        : line.layout == Layout::kLong   ? Clock::kTimeOfDay
-                        : line.layout == Layout::kTime   ? Clock::kCounter
-                                                         : Clock::kNone;
+    const Clock clock = line.microseconds < 0          ? Clock::kNone
+                        : line.layout == Layout::kLong ? Clock::kTimeOfDay
+                        : line.layout == Layout::kTime ? Clock::kCounter
+                                                       : Clock::kNone;
     if (clock == Clock::kNone) return now_;
 
     const std::int64_t written = std::min(line.microseconds, kLargest);

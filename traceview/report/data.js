@@ -5,9 +5,8 @@ const raw = JSON.parse(document.getElementById('data').textContent);
 
 // The columns of a place, and the layouts of a line, by number.
 const kLayout = 0, kProcess = 1, kThread = 2, kTraceId = 3, kLevel = 4, kComponent = 5, kCode = 6,
-    kExtra = 7, kFile = 8, kLineNumber = 9, kFunction = 10, kSource = 11;
+    kExtra = 7, kFile = 8, kLineNumber = 9, kFunction = 10, kWritten = 11;
 const kLayoutNames = ['short', 'long', 'time', 'text', 'error', 'unknown'];
-const kLong = 1, kTime = 2;
 const kNotice = 1, kError = 2;
 const kTimeOfDay = 1;
 
@@ -90,8 +89,7 @@ function clockText(clock, microseconds) {
 
 // The time as it stands in the trace.
 function timeText(line) {
-  const layout = columnOf(line, kLayout);
-  if (layout !== kLong && layout !== kTime) return '';
+  if (columnOf(line, kWritten) >= 0) return visible(textColumn(line, kWritten));
   const found = lastAtMost(raw.segments.length, line, (i) => raw.segments[i][0]);
   if (found < 0) return '';
   const [, clock, offset] = raw.segments[found];

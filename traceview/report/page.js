@@ -31,8 +31,7 @@ function lineFacts(line) {
   const connection = trace.connection[line], owner = trace.owner[line];
   const process = columnOf(line, kProcess), thread = columnOf(line, kThread);
   return [
-    ['Line', numberText(line + 1) + (raw.files.length > 1 ?
-        ' in ' + visible(raw.files[columnOf(line, kSource)] || '') : '')],
+    ['Line', numberText(line + 1)],
     ['Time', timeText(line)],
     ['Level', visible(level) + (meaning && meaning !== level ? ' \u2013 ' + meaning : '')],
     ['Function', visible(functionOf(line))],
