@@ -24,7 +24,6 @@ constexpr std::string_view kNamesConnection[] = {
     "READING_STATE -> ReadFile: Pipe(",
     "DisconnectAndReconnect for Pipe(",
     "Stop-Server-Message from Connection(",
-    "Call ConnectToNewClient for Connection(",
 };
 
 // The beginnings of a pass, in case the line that woke the loop was filtered out.

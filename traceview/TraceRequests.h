@@ -51,7 +51,8 @@ struct TimeSegment {
 
 struct TraceStory {
   std::vector<TraceRequest> requests;     ///< in the order in which they began
-  std::vector<std::int32_t> connections;  ///< one for each line: 0 to 63, or kNobody
+  /// One for each line: 0 to 63, or kNobody. That all 64 are offered at the start counts for none.
+  std::vector<std::int32_t> connections;
   std::vector<std::int32_t> owners;       ///< one for each line: index of its request, or kNobody
   std::vector<Mark> marks;                ///< one for each line
   /// One for each line: microseconds since the first line with a time. Never falls: a change of

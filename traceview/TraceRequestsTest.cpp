@@ -81,6 +81,11 @@ TEST_F(TraceRequestsTest, AnIndexOutsideThePoolIsNoConnection) {
   EXPECT_THAT(Story().connections, ElementsAre(-1, -1));
 }
 
+TEST_F(TraceRequestsTest, AConnectionThatIsOfferedAtTheStartIsNotInUseYet) {
+  Add("StartSRV", "Call ConnectToNewClient for Connection(3) Pipe=0x1c4");
+  EXPECT_THAT(Story().connections, ElementsAre(-1));
+}
+
 TEST_F(TraceRequestsTest, WithoutTheLinesOfTheWaitOthersNameConnectionAndEnd) {
   Loop("WRITING_STATE -> GetCommand for Pipe(7)");
   Loop("opCode 0x10");

@@ -143,6 +143,7 @@ void Request(TraceFile& trace, std::uint32_t connection) {
 }
 
 void WriteTrace(TraceFile& trace, std::uint32_t lines) {
+  if (lines == 0) return;
   constexpr std::uint32_t kConnections = 11;
   trace.Line("CreateSRV: ", 28, ">> Start Pipe Server");
   trace.Line("StartSRV: ", 52, ">> StartSRV");

@@ -98,10 +98,14 @@ function timeText(line) {
 
 function durationText(microseconds) {
   if (microseconds < 0) return '';
+  if (microseconds >= 60e6) {
+    const seconds = Math.round(microseconds / 1e6), minutes = Math.floor(seconds / 60);
+    return minutes < 60 ? minutes + ' min ' + seconds % 60 + ' s' :
+        Math.floor(minutes / 60) + ' h ' + minutes % 60 + ' min';
+  }
   if (microseconds === 0) return millisecondsOnly ? '< 1 ms' : '0 \u00b5s';
   if (microseconds < 1000) return microseconds + ' \u00b5s';
-  const units = [[60e6, 60e6, ' min'], [1e6, 1e6, ' s'], [0, 1000, ' ms']];
-  const [, factor, unit] = units.find(([from]) => microseconds >= from);
+  const [factor, unit] = microseconds >= 1e6 ? [1e6, ' s'] : [1000, ' ms'];
   const value = microseconds / factor;
   return (value < 10 ? value.toFixed(2) : value < 100 ? value.toFixed(1) : value.toFixed(0))
       .replace(/\.0+$|(\.\d)0$/, '$1') + unit;

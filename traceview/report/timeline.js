@@ -1,7 +1,7 @@
 // The time line: a row for each connection or function, drawn on a canvas for the part of the axis
 // that is in view.
 
-const kLaneHeight = 18, kMostLanes = 64, kSmallestSpan = 20;
+const kLaneHeight = 18, kMostLanes = 66, kSmallestSpan = 20;
 
 const timeline = {
   lanes: [],
@@ -38,7 +38,7 @@ function lanesBy(keyOf, labelOf, order) {
 function connectionLanes() {
   const lanes = lanesBy((line) => trace.connection[line],
       (connection) => connection < 0 ? 'none' : 'Connection ' + connection,
-      (a, b) => a.key - b.key);
+      (a, b) => a.key - b.key);  // at most 65, so none is put among others
   for (const lane of lanes) {
     lane.requests = requests.filter((request) => request.connection === lane.key);
   }
@@ -50,7 +50,7 @@ function functionLanes() {
       (a, b) => (a.key === null) - (b.key === null) || (a.label < b.label ? -1 : 1));
 }
 
-function labelWidth() { return byId('lanes').clientWidth < 600 ? 92 : 170; }
+function labelWidth() { return byId('lanes').clientWidth < 600 ? 104 : 170; }
 function plotWidth() { return Math.max(40, byId('lanes').clientWidth - labelWidth() - 10); }
 function xOf(value) {
   return labelWidth() + (value - timeline.from) / (timeline.to - timeline.from) * plotWidth();
@@ -105,7 +105,7 @@ function niceStep(span, most) {
 
 function gridLines() {
   const span = timeline.to - timeline.from;
-  const step = niceStep(span, Math.max(2, plotWidth() / 110));
+  const step = niceStep(span, Math.max(2, plotWidth() / 90));
   const base = hasClock ? -raw.segments[0][2] : 0;  // so that labels fall on round times
   const values = [];
   let value = Math.ceil((timeline.from + base) / step) * step - base;
@@ -124,38 +124,38 @@ function drawAxis(grid) {
   }
 }
 
-function drawLane(pen, lane, top, ink) {
-  const first = 1 + lastAtMost(lane.lines.length, timeline.from, (i) => axis[lane.lines[i]] + 1e-9);
-  const left = labelWidth(), bars = lane.requests || [];
-  // Lines of one pixel become one tick, of the worst of them.
+// Lines of one pixel become one tick, with the worst of their marks on it.
+function drawTicks(pen, lane, top, ink) {
+  const tall = lane.requests === undefined ? 12 : 6, before = timeline.from - 1e-9;
   let pixel = -1, worst = 0;
-  const tick = () => {
+  const draw = () => {
     if (pixel < 0) return;
-    const tall = lane.requests === undefined || worst === kError ? 12 : 6;
-    pen.fillStyle = [ink.tick, ink.notice, ink.error][lane.requests ? (worst === 2 ? 2 : 0) : worst];
-    pen.fillRect(pixel, top + (kLaneHeight - tall) / 2, worst === kError ? 2 : 1.2, tall);
+    const bar = (colourOf, width, height) => {
+      pen.fillStyle = colourOf;
+      pen.fillRect(pixel, top + (kLaneHeight - height) / 2, width, height);
+    };
+    bar(ink.tick, 1.2, tall);
+    if (worst === kNotice) bar(ink.notice, 1.2, 4);
+    if (worst === kError) bar(ink.error, 2, 12);
   };
-  const ticks = () => {
-    for (let i = first; i < lane.lines.length; ++i) {
-      const line = lane.lines[i];
-      if (axis[line] > timeline.to) break;
-      const x = Math.round(xOf(axis[line]));
-      if (x !== pixel) {
-        tick();
-        pixel = x;
-        worst = 0;
-      }
-      worst = Math.max(worst, trace.mark[line]);
+  for (let i = 1 + lastAtMost(lane.lines.length, before, (k) => axis[lane.lines[k]]);
+    i < lane.lines.length && axis[lane.lines[i]] <= timeline.to; ++i) {
+    const x = Math.round(xOf(axis[lane.lines[i]]));
+    if (x !== pixel) {
+      draw();
+      pixel = x;
+      worst = 0;
     }
-    tick();
-  };
-  if (lane.requests === undefined) {
-    ticks();
-    return;
+    worst = Math.max(worst, trace.mark[lane.lines[i]]);
   }
-  ticks();
+  draw();
+}
+
+// A request that lies wholly below another one of the same or a worse mark is not drawn.
+function drawRequests(pen, lane, top, ink) {
+  const left = labelWidth();
   let covered = -1, coveredMark = 0;
-  for (const request of bars) {
+  for (const request of lane.requests || []) {
     const begin = axis[request.first], end = axis[request.last];
     if (end < timeline.from) continue;
     if (begin > timeline.to) break;
@@ -187,7 +187,8 @@ function drawTimeline() {
     if (i > 0) pen.fillRect(0, top - 1, labelWidth() + plotWidth() + 10, 0.5);
     pen.fillStyle = ink.ink;
     pen.fillText(fitted(pen, lane.label, labelWidth() - 12), 2, top + kLaneHeight / 2);
-    drawLane(pen, lane, top, ink);
+    drawTicks(pen, lane, top, ink);
+    drawRequests(pen, lane, top, ink);
   });
   if (timeline.drag) {
     pen.globalAlpha = 0.25;
