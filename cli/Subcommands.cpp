@@ -161,7 +161,8 @@ constexpr char kRaw[] =
 constexpr char kTraceReport[] =
     "Makes one HTML page of trace files: a summary, a time line of connections and functions, how\n"
     "long requests took, and the lines themselves with a filter. The page needs a browser and\n"
-    "nothing else; it fetches nothing, so it can be sent on as it is. It holds everything that the\n"
+    "nothing else; it fetches nothing, so it can be sent on as it is. It holds everything that "
+    "the\n"
     "trace holds: look at that before you do. The two files of a pair are put in order.\n"
     "\n"
     "  -o OUT         the page to write; replaces an earlier report, but no other file\n"

@@ -10,7 +10,10 @@ namespace traceview {
 namespace {
 
 constexpr std::uint32_t kConnections = 64;
-constexpr std::int64_t kMicrosecondsPerDay = 24LL * 60 * 60 * 1000000;
+// After so many microseconds the two kinds of time begin again: at midnight, and where the seconds
+// of the counter no longer fit their five digits.
+constexpr std::int64_t kDay = 24LL * 60 * 60 * 1000000;
+constexpr std::int64_t kCounterRange = 100000LL * 1000000;
 
 constexpr std::string_view kLoop = "RunSrvLoop";
 constexpr std::string_view kWaits = "while - WaitForMultipleObjects";
@@ -156,9 +159,9 @@ class Axis {
 
     const std::int64_t written = std::min(line.microseconds, kLargest);
     if (clock != clock_ || written < written_) {
-      const bool midnight = clock == Clock::kTimeOfDay && clock_ == clock &&
-                            written_ - written > kMicrosecondsPerDay / 2;
-      offset_ = midnight ? offset_ + kMicrosecondsPerDay : now_ - written;
+      const std::int64_t range = clock == Clock::kTimeOfDay ? kDay : kCounterRange;
+      const bool beginsAgain = clock == clock_ && written_ - written > range / 2;
+      offset_ = beginsAgain ? offset_ + range : now_ - written;
       clock_ = clock;
       story.segments.push_back({index, clock, offset_});
     }

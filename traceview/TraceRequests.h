@@ -50,13 +50,13 @@ struct TimeSegment {
 };
 
 struct TraceStory {
-  std::vector<TraceRequest> requests;     ///< in the order in which they began
+  std::vector<TraceRequest> requests;  ///< in the order in which they began
   /// One for each line: 0 to 63, or kNobody. That all 64 are offered at the start counts for none.
   std::vector<std::int32_t> connections;
-  std::vector<std::int32_t> owners;       ///< one for each line: index of its request, or kNobody
-  std::vector<Mark> marks;                ///< one for each line
-  /// One for each line: microseconds since the first line with a time. Never falls: a change of
-  /// day, a clock that was set back, and another run all go on where the line before stood.
+  std::vector<std::int32_t> owners;  ///< one for each line: index of its request, or kNobody
+  std::vector<Mark> marks;           ///< one for each line
+  /// One for each line: microseconds since the first line with a time. Never falls: behind
+  /// midnight it goes on, and where a clock was set back or another run begins it stands still.
   std::vector<std::int64_t> times;
   std::vector<TimeSegment> segments;  ///< empty when no line has a time
 };

@@ -145,6 +145,14 @@ TEST_F(TraceRequestsTest, TheAxisGoesOnAfterMidnight) {
   EXPECT_EQ(story.times[1] - story.segments[1].offset, 2 * kMilli);
 }
 
+TEST_F(TraceRequestsTest, TheAxisGoesOnWhereTheCounterRunsOutOfDigits) {
+  now_ = 100000LL * 1000000 - kMilli;
+  Add("A", "").layout = Layout::kTime;
+  now_ = 2 * kMilli;
+  Add("A", "").layout = Layout::kTime;
+  EXPECT_THAT(Story().times, ElementsAre(0, 3 * kMilli));
+}
+
 TEST_F(TraceRequestsTest, TheAxisStandsStillWhereTheClockGoesBack) {
   now_ = 5000 * kMilli;
   Add("A", "");
