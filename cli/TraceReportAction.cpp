@@ -14,6 +14,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// As the platform numbers them.
+constexpr std::uint32_t kWriteFault = 29;
+constexpr std::uint32_t kReadFault = 30;
+
 fs::path PathOf(const std::string& utf8) {
   return fs::path(std::u8string(utf8.begin(), utf8.end()));
 }
@@ -23,13 +27,22 @@ std::string NameOf(const std::string& utf8) {
   return std::string(name.begin(), name.end());
 }
 
-int Fail(Report& report, const std::string& text, const std::string& hint = {}) {
+Ending Failure(std::uint32_t code, const char* name, const std::string& text) {
   Ending ending;
-  ending.code = 1;
+  ending.code = code;
+  ending.name = name;
   ending.text = text;
   ending.origin = "program";
   ending.exitCode = kExitTransport;
-  return report.Finish(ending, hint);
+  return ending;
+}
+
+Ending Success() {
+  Ending ending;
+  ending.ok = true;
+  ending.text = "done";
+  ending.origin = "program";
+  return ending;
 }
 
 bool IsReport(const fs::path& path) {
@@ -54,7 +67,7 @@ std::string Objection(const Invocation& invocation, const fs::path& path) {
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (!fs::exists(status)) return {};
-  const std::string shown = Printable(invocation.output);
+  const std::string& shown = invocation.output;
   if (!fs::is_regular_file(status)) return shown + " is not a file";
   if (IsOneOf(path, invocation.arguments)) return shown + " is one of the traces itself";
   if (invocation.force || IsReport(path)) return {};
@@ -105,14 +118,15 @@ int TraceReportAction(const Invocation& invocation, Output& output) {
   if (invocation.output.empty()) {
     return UsageError(output, invocation, "trace report needs -o and the file to write");
   }
-  Report report(invocation, output);
   const fs::path path = PathOf(invocation.output);
   const std::string objection = Objection(invocation, path);
-  if (!objection.empty()) return Fail(report, objection);
+  if (!objection.empty()) return UsageError(output, invocation, objection);
 
+  Report report(invocation, output);
   std::vector<traceview::TraceLine> lines;
   std::string error;
-  if (!ReadAll(invocation.arguments, lines, error)) return Fail(report, error);
+  if (!ReadAll(invocation.arguments, lines, error))
+    return report.Finish(Failure(kReadFault, "ERROR_READ_FAULT", error));
 
   std::vector<std::string> names;
   for (const std::string& argument : invocation.arguments) names.push_back(NameOf(argument));
@@ -120,7 +134,7 @@ int TraceReportAction(const Invocation& invocation, Output& output) {
   const std::string page =
       traceview::BuildTraceReport({lines, names, invocation.title, Utf8FromAnsi}, &figures);
   error = WritePage(invocation, path, page);
-  if (!error.empty()) return Fail(report, error);
+  if (!error.empty()) return report.Finish(Failure(kWriteFault, "ERROR_WRITE_FAULT", error));
 
   if (report.IsJson()) {
     report.Json().Name("output").Text(invocation.output).Name("bytes").Number(page.size());
@@ -131,7 +145,7 @@ int TraceReportAction(const Invocation& invocation, Output& output) {
   report.Line(Printable(invocation.output) + ": " + Size(page.size()) + ", " +
               Count(figures.lines, "line") + ", " + Count(figures.requests, "request") + ", " +
               Count(figures.errors, "error"));
-  return report.Finish(client::Result());
+  return report.Finish(Success());
 }
 
 }  // namespace cli

@@ -74,7 +74,7 @@ TEST_F(TraceReportActionTest, AnEarlierReportIsReplaced) {
 
 TEST_F(TraceReportActionTest, AnotherFileIsReplacedWhenThatIsAskedForOnly) {
   Put("r.html", "<!DOCTYPE html><p>somebody's page");
-  EXPECT_EQ(Make(), kExitTransport);
+  EXPECT_EQ(Make(), kExitUsage);
   EXPECT_THAT(output_.err, HasSubstr("exists and is not a report; --force replaces it"));
   EXPECT_EQ(Content("r.html"), "<!DOCTYPE html><p>somebody's page");
   EXPECT_EQ(Make({"--force"}), kExitOk);
@@ -85,13 +85,13 @@ TEST_F(TraceReportActionTest, ATraceIsNeverReplaced) {
   const std::string trace = Content("ZqFILE1.TRC");
   EXPECT_EQ(Run({"trace", "report", At("ZqFILE1.TRC"), "--force", "-o",
                  At("../" + folder_.filename().string() + "/ZqFILE1.TRC")}),
-            kExitTransport);
+            kExitUsage);
   EXPECT_THAT(output_.err, HasSubstr("is one of the traces itself"));
   EXPECT_EQ(Content("ZqFILE1.TRC"), trace);
 }
 
 TEST_F(TraceReportActionTest, AFolderIsNoPlaceForAReport) {
-  EXPECT_EQ(Run({"trace", "report", At("ZqFILE1.TRC"), "-o", folder_.string()}), kExitTransport);
+  EXPECT_EQ(Run({"trace", "report", At("ZqFILE1.TRC"), "-o", folder_.string()}), kExitUsage);
   EXPECT_THAT(output_.err, HasSubstr("is not a file"));
 }
 
