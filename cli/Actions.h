@@ -18,6 +18,13 @@ int RegUnsetAction(const Invocation& invocation, Output& output);
 int RegCreateAction(const Invocation& invocation, Output& output);
 int RegDeleteAction(const Invocation& invocation, Output& output);
 
+int TraceShowAction(const Invocation& invocation, Output& output);
+int TraceSetAction(const Invocation& invocation, Output& output);
+int TraceRefreshAction(const Invocation& invocation, Output& output);
+int TraceFollowAction(const Invocation& invocation, Output& output);
+int TraceDumpAction(const Invocation& invocation, Output& output);
+int TraceStatsAction(const Invocation& invocation, Output& output);
+
 int RawAction(const Invocation& invocation, Output& output);
 
 int TraceReportAction(const Invocation& invocation, Output& output);

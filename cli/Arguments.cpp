@@ -72,7 +72,7 @@ class Parser {
     hasValue_ = equals != std::string::npos;
     value_ = hasValue_ ? word.substr(equals + 1) : std::string();
 
-    if (name == "--timeout") return TakeTimeout();
+    if (name == "--timeout") return TakeSeconds(name, invocation_.timeoutMs);
     if (name == "--pipe") return TakeText(name, invocation_.pipe);
     if (name == "--server") return TakeText(name, invocation_.server);
     if (name == "--base") return TakeBase();
@@ -80,6 +80,13 @@ class Parser {
     if (name == "--title") return TakeText(name, invocation_.title);
     if (name == "--force") return TakeFlag(name, invocation_.force);
     if (name == "--stay") return TakeFlag(name, invocation_.stay);
+    if (name == "--level") return TakeText(name, invocation_.trace.level);
+    if (name == "--function") return TakeText(name, invocation_.trace.function);
+    if (name == "--text") return TakeText(name, invocation_.trace.text);
+    if (name == "--since") return TakeText(name, invocation_.trace.since);
+    if (name == "--ring") return TakeFlag(name, invocation_.trace.ring);
+    if (name == "--color") return TakeColor();
+    if (name == "--for") return TakeSeconds(name, invocation_.trace.forMs);
     if (name == "--json") return TakeFlag(name, invocation_.json);
     if (name == "--help") return TakeFlag(name, invocation_.help);
     if (name == "--version") return TakeFlag(name, invocation_.version);
@@ -99,12 +106,20 @@ class Parser {
     return {};
   }
 
-  std::string TakeTimeout() {
+  std::string TakeSeconds(const std::string& name, std::uint32_t& milliseconds) {
     std::string seconds;
-    std::string error = TakeText("--timeout", seconds);
+    std::string error = TakeText(name, seconds);
     if (!error.empty()) return error;
-    if (ParseSeconds(seconds, invocation_.timeoutMs)) return {};
-    return "--timeout takes seconds from 0.001 to 86400, not '" + seconds + "'";
+    if (ParseSeconds(seconds, milliseconds)) return {};
+    return name + " takes seconds from 0.001 to 86400, not '" + seconds + "'";
+  }
+
+  std::string TakeColor() {
+    std::string& color = invocation_.trace.color;
+    std::string error = TakeText("--color", color);
+    if (!error.empty()) return error;
+    if (color == "auto" || color == "always" || color == "never") return {};
+    return "--color takes auto, always or never, not '" + color + "'";
   }
 
   // The value may be left out, so the next word is taken only if it is one. A word that was meant
@@ -143,13 +158,13 @@ class Parser {
     const std::string& last = rest_.back();
     if (last != "-h" && last != "-?" && last != "/?") return false;
     std::size_t words = 0;
-    if (FindSubcommand(rest_, words) == nullptr) words = rest_[0] == "reg" ? 1 : 0;
+    if (FindSubcommand(rest_, words) == nullptr) words = IsGroup(rest_[0]) ? 1 : 0;
     return rest_.size() == words + 1;
   }
 
   std::string TakeSubcommand() {
     invocation_.help = invocation_.help || AsksForHelp();
-    invocation_.helpOnRegistry = !rest_.empty() && rest_[0] == "reg";
+    if (!rest_.empty() && IsGroup(rest_[0])) invocation_.group = rest_[0];
     if (rest_.empty()) {
       return invocation_.help ? std::string() : "no command given";
     }
@@ -157,13 +172,46 @@ class Parser {
     invocation_.subcommand = FindSubcommand(rest_, words);
     if (invocation_.subcommand == nullptr) {
       if (invocation_.help) return {};
-      if (rest_[0] == "reg" && rest_.size() == 1) {
-        return "reg needs one of ls, values, get, set, unset, create, delete";
-      }
-      return "there is no command '" + rest_[0] + (rest_[0] == "reg" ? " " + rest_[1] : "") + "'";
+      const bool inGroup = !invocation_.group.empty();
+      if (inGroup && rest_.size() == 1) return rest_[0] + " needs one of " + NamesIn(rest_[0]);
+      return "there is no command '" + rest_[0] + (inGroup ? " " + rest_[1] : "") + "'";
     }
     invocation_.arguments.assign(rest_.begin() + static_cast<std::ptrdiff_t>(words), rest_.end());
     return invocation_.help ? std::string() : Check(*invocation_.subcommand);
+  }
+
+  static std::string NamesIn(const std::string& group) {
+    std::string names;
+    for (const Subcommand& subcommand : Subcommands()) {
+      const std::string_view name = subcommand.name;
+      if (!name.starts_with(group + ' ')) continue;
+      if (!names.empty()) names += ", ";
+      names += name.substr(group.size() + 1);
+    }
+    return names;
+  }
+
+  // An option that the subcommand would pass over is a slip.
+  std::string CheckTraceOptions(const Subcommand& subcommand) const {
+    const TraceOptions& given = invocation_.trace;
+    const struct {
+      bool given;
+      unsigned bit;
+      const char* name;
+    } kOptions[] = {
+        {!given.level.empty(), kTakesLines, "--level"},
+        {!given.function.empty(), kTakesLines, "--function"},
+        {!given.text.empty(), kTakesLines, "--text"},
+        {!given.since.empty(), kTakesLines, "--since"},
+        {given.ring, kTakesLines, "--ring"},
+        {!given.color.empty(), kTakesColor, "--color"},
+        {given.forMs != 0, kTakesFor, "--for"},
+    };
+    for (const auto& option : kOptions) {
+      if (!option.given || (subcommand.options & option.bit) != 0) continue;
+      return std::string(subcommand.name) + " does not take " + option.name;
+    }
+    return {};
   }
 
   std::string Check(const Subcommand& subcommand) const {
@@ -181,6 +229,8 @@ class Parser {
       if (!invocation_.title.empty()) return "--title is for trace report only";
       if (invocation_.force) return "--force is for trace report only";
     }
+    std::string error = CheckTraceOptions(subcommand);
+    if (!error.empty()) return error;
     const auto count = static_cast<int>(invocation_.arguments.size());
     if (count < subcommand.fewest) {
       return name + " needs " + subcommand.arguments;

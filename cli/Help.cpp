@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "cli/TraceHelp.h"
+
 #ifndef QORLIX_VERSION
 #error "the build tells the version"
 #endif
@@ -13,7 +15,7 @@ constexpr char kIntroduction[] =
     "qorlixctl talks to QorlixSRV, the privileged helper server of the communication stack, over\n"
     "its local pipe: it starts and stops the server, edits the stack's part of the registry "
     "through\n"
-    "it, and sends it any request.\n"
+    "it, sends it any request, and reads its trace.\n"
     "\n"
     "usage: qorlixctl [OPTIONS] COMMAND [ARGUMENTS]\n";
 
@@ -30,7 +32,7 @@ constexpr char kExitCodes[] =
     "Exit codes:\n"
     "  0  the server did it: its result is 0\n"
     "  1  the server answered another result, or its process ended before it was ready\n"
-    "  2  the command line is wrong; nothing was sent\n"
+    "  2  the command line is wrong, or names what is not there; nothing was sent\n"
     "  3  the server was not reached, was busy, or did not send a whole reply\n";
 
 constexpr char kFirstSteps[] =
@@ -85,10 +87,13 @@ std::string OverallHelp() {
          kJson + '\n' + kExitCodes + '\n' + kFirstSteps;
 }
 
-std::string RegistryHelp() {
-  return std::string("usage: qorlixctl reg COMMAND [ARGUMENTS]\n\n") + Summaries("reg ") + '\n' +
-         kRegistry + "\n'qorlixctl reg get --help', for example, explains one of them.\n";
+std::string GroupHelp(const std::string& group) {
+  const bool isTrace = group == "trace";
+  return "usage: qorlixctl " + group + " COMMAND [ARGUMENTS]\n\n" + Summaries(group + ' ') + '\n' +
+         (isTrace ? kTraceGroup : kRegistry) + "\n'qorlixctl " + group +
+         (isTrace ? " dump" : " get") + " --help', for example, explains one of them.\n";
 }
+
 std::string SubcommandHelp(const Subcommand& subcommand) {
   std::string help = "usage: qorlixctl " + UsageOf(subcommand);
   if ((subcommand.options & kTakesBase) != 0) help += " [--base [ROOT]]";

@@ -10,8 +10,8 @@ namespace cli {
 /// The program's help: what it is for, its commands, options and exit codes.
 std::string OverallHelp();
 
-/// What the reg commands have in common.
-std::string RegistryHelp();
+/// What the commands of a group, reg or trace, have in common.
+std::string GroupHelp(const std::string& group);
 
 /// The help of one subcommand.
 std::string SubcommandHelp(const Subcommand& subcommand);

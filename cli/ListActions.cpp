@@ -101,8 +101,8 @@ int HelpAction(const Invocation& invocation, Output& output) {
     output.out += SubcommandHelp(*subcommand);
     return kExitOk;
   }
-  if (invocation.arguments == std::vector<std::string>{"reg"}) {
-    output.out += RegistryHelp();
+  if (invocation.arguments.size() == 1 && IsGroup(invocation.arguments[0])) {
+    output.out += GroupHelp(invocation.arguments[0]);
     return kExitOk;
   }
   return UsageError(output, Invocation(), "there is no command '" + invocation.arguments[0] + "'");

@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "cli/Actions.h"
+#include "cli/TraceHelp.h"
 
 namespace cli {
 namespace {
@@ -200,6 +201,18 @@ constexpr Subcommand kSubcommands[] = {
     {"reg delete", "PATH", 1, 1, kTakesBase, "Remove the tree PATH\\PATH, not the key itself",
      kRegDelete, RegDeleteAction},
     {"raw", "HEX...", 1, kNoLimit, 0, "Send any request and explain the reply", kRaw, RawAction},
+    {"trace show", "", 0, 0, 0, "Show the trace configuration and what it does", kTraceShow,
+     TraceShowAction},
+    {"trace set", "NAME VALUE", 2, 2, 0, "Write a value of the trace configuration", kTraceSet,
+     TraceSetAction},
+    {"trace refresh", "", 0, 0, 0, "Make all that trace read it again", kTraceRefresh,
+     TraceRefreshAction},
+    {"trace follow", "[FILE]", 0, 1, kTakesLines | kTakesColor | kTakesFor,
+     "Show trace lines as they come", kTraceFollow, TraceFollowAction},
+    {"trace dump", "[FILE...]", 0, kNoLimit, kTakesLines | kTakesColor, "Show a whole trace",
+     kTraceDump, TraceDumpAction},
+    {"trace stats", "[FILE...]", 0, kNoLimit, kTakesLines, "Count a trace by function", kTraceStats,
+     TraceStatsAction},
     {"trace report", "FILE...", 1, kNoLimit, kTakesReport, "Make an HTML page of trace files",
      kTraceReport, TraceReportAction},
     {"codes", "", 0, 0, 0, "List the result codes", kCodes, CodesAction},
@@ -210,6 +223,8 @@ constexpr Subcommand kSubcommands[] = {
 }  // namespace
 
 std::span<const Subcommand> Subcommands() { return kSubcommands; }
+
+bool IsGroup(std::string_view word) { return word == "reg" || word == "trace"; }
 
 const Subcommand* FindSubcommand(std::span<const std::string> words, std::size_t& count) {
   for (const Subcommand& subcommand : kSubcommands) {

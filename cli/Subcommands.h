@@ -22,6 +22,7 @@ struct Output {
   std::string out;
   std::string err;
   void (*write)(Output& output) = nullptr;  ///< writes both, and clears them
+  bool terminal = false;                    ///< `out` goes to one that understands colours
 
   void Write() {
     if (write != nullptr) write(*this);
@@ -45,7 +46,21 @@ struct Subcommand {
 enum OptionBit : unsigned {
   kTakesBase = 1,
   kTakesServer = 2,  ///< --server and --stay
-  kTakesReport = 4,  ///< -o, --title and --force
+  kTakesLines = 4,   ///< --level, --function, --text, --since and --ring
+  kTakesColor = 8,
+  kTakesFor = 16,
+  kTakesReport = 32,  ///< -o, --title and --force
+};
+
+/// The options of the trace commands, as they were typed; empty when they were not.
+struct TraceOptions {
+  std::string level;
+  std::string function;
+  std::string text;
+  std::string since;
+  std::string color;
+  bool ring = false;
+  std::uint32_t forMs = 0;  ///< 0: until it is interrupted
 };
 
 /// A command line, taken apart. Texts are UTF-8.
@@ -54,7 +69,7 @@ struct Invocation {
   std::vector<std::string> arguments;
   bool json = false;
   bool help = false;
-  bool helpOnRegistry = false;  ///< if no subcommand is named: on the reg commands only
+  std::string group;  ///< the first word, if it is that of a group of commands: reg, trace
   bool version = false;
   std::uint32_t timeoutMs = 10000;
   std::string pipe;    ///< empty: the server's own
@@ -65,9 +80,13 @@ struct Invocation {
   bool force = false;
   bool hasBase = false;
   std::uint32_t base = 0;
+  TraceOptions trace;
 };
 
 std::span<const Subcommand> Subcommands();
+
+/// Whether commands of two words begin with this one.
+bool IsGroup(std::string_view word);
 
 /// The subcommand that the words begin with, or null. `words` receives how many they were.
 const Subcommand* FindSubcommand(std::span<const std::string> words, std::size_t& count);

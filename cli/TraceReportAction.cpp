@@ -7,16 +7,13 @@
 #include "cli/Actions.h"
 #include "cli/Report.h"
 #include "cli/TextEncoding.h"
+#include "cli/TraceView.h"
 #include "traceview/TraceReport.h"
 
 namespace cli {
 namespace {
 
 namespace fs = std::filesystem;
-
-// As the platform numbers them.
-constexpr std::uint32_t kWriteFault = 29;
-constexpr std::uint32_t kReadFault = 30;
 
 fs::path PathOf(const std::string& utf8) {
   return fs::path(std::u8string(utf8.begin(), utf8.end()));
@@ -27,10 +24,10 @@ std::string NameOf(const std::string& utf8) {
   return std::string(name.begin(), name.end());
 }
 
-Ending Failure(std::uint32_t code, const char* name, const std::string& text) {
+Ending NotWritten(const std::string& text) {
   Ending ending;
-  ending.code = code;
-  ending.name = name;
+  ending.code = 29;
+  ending.name = "ERROR_WRITE_FAULT";
   ending.text = text;
   ending.origin = "program";
   ending.exitCode = kExitTransport;
@@ -95,7 +92,7 @@ bool ReadAll(const std::vector<std::string>& names, std::vector<traceview::Trace
   std::vector<std::string> paths;
   for (const std::string& name : names) {
     if (!AnsiFromUtf8(name, paths.emplace_back())) {
-      error = Printable(name) + " has characters that the code page of the system lacks";
+      error = name + " has characters that the code page of the system lacks";
       return false;
     }
   }
@@ -125,8 +122,7 @@ int TraceReportAction(const Invocation& invocation, Output& output) {
   Report report(invocation, output);
   std::vector<traceview::TraceLine> lines;
   std::string error;
-  if (!ReadAll(invocation.arguments, lines, error))
-    return report.Finish(Failure(kReadFault, "ERROR_READ_FAULT", error));
+  if (!ReadAll(invocation.arguments, lines, error)) return report.Finish(NotThere(error));
 
   std::vector<std::string> names;
   for (const std::string& argument : invocation.arguments) names.push_back(NameOf(argument));
@@ -134,7 +130,7 @@ int TraceReportAction(const Invocation& invocation, Output& output) {
   const std::string page =
       traceview::BuildTraceReport({lines, names, invocation.title, Utf8FromAnsi}, &figures);
   error = WritePage(invocation, path, page);
-  if (!error.empty()) return report.Finish(Failure(kWriteFault, "ERROR_WRITE_FAULT", error));
+  if (!error.empty()) return report.Finish(NotWritten(error));
 
   if (report.IsJson()) {
     report.Json().Name("output").Text(invocation.output).Name("bytes").Number(page.size());

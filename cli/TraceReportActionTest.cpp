@@ -103,7 +103,7 @@ TEST_F(TraceReportActionTest, APlaceThatCannotBeWrittenIsToldAndLeavesNothing) {
 }
 
 TEST_F(TraceReportActionTest, AMissingTraceIsToldAndNoPageIsWritten) {
-  EXPECT_EQ(Make({At("nothing.TRC")}), kExitTransport);
+  EXPECT_EQ(Make({At("nothing.TRC")}), kExitUsage);
   EXPECT_THAT(output_.err, HasSubstr("nothing.TRC"));
   EXPECT_FALSE(fs::exists(At("r.html")));
 }

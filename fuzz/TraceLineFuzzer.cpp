@@ -48,7 +48,9 @@ void RoundTrip(FuzzedDataProvider& input) {
   moment.processId = input.ConsumeIntegral<std::int32_t>();
   moment.threadId = input.ConsumeIntegral<std::int32_t>();
   const std::string component = input.ConsumeRandomLengthString(5);
-  const std::string file = input.ConsumeRandomLengthString(20);
+  std::string file = input.ConsumeRandomLengthString(20);
+  // A name with a comma and a number would end there.
+  std::replace(file.begin(), file.end(), ',', '.');
   const std::string function = FunctionName(input);
   const std::uint32_t level = 1u << input.ConsumeIntegralInRange(0, 31);
   const auto code = input.ConsumeIntegral<std::uint32_t>();

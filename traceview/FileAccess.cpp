@@ -39,6 +39,11 @@ FileState StateOf(const std::string& path) {
           Join(data.nFileIndexHigh, data.nFileIndexLow)};
 }
 
+bool FolderExists(const std::string& path) {
+  const DWORD attributes = GetFileAttributesA(path.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
 std::uint32_t ReadPart(const std::string& path, std::uint64_t offset, std::uint32_t most,
                        std::string& bytes) {
   bytes.clear();

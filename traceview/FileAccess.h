@@ -19,6 +19,8 @@ struct FileState {
 /// \returns what is known of the file. \param path in the ANSI code page
 FileState StateOf(const std::string& path);
 
+bool FolderExists(const std::string& path);
+
 /// Reads up to `most` bytes from `offset` on into `bytes`.
 /// \returns 0, or the platform's error code.
 std::uint32_t ReadPart(const std::string& path, std::uint64_t offset, std::uint32_t most,

@@ -154,6 +154,10 @@ TEST_F(RingFollowerTest, AWrapCountAtItsLargestStillLetsLinesThrough) {
   Store("bbbbbb");
   Store("c");
   EXPECT_THAT(Poll(follower).lines, ElementsAre("bbbbbb", "c"));
+  Store("dddddd");
+  const RingFollower::News news = Poll(follower);
+  EXPECT_THAT(news.lines, ElementsAre("dddddd"));
+  EXPECT_EQ(news.lost, 0u);
 }
 
 TEST_F(RingFollowerTest, ARingThatWasSetBackIsReadFromItsStart) {

@@ -63,6 +63,11 @@ bool IsMaskText(std::string_view text) {
   return error == std::errc() && end == text.data() + text.size();
 }
 
+/// Names are names: "089" is no number in octal, and none in decimal either.
+bool BeginsWithDigit(std::string_view text) {
+  return !text.empty() && text[0] >= '0' && text[0] <= '9';
+}
+
 bool IsWholeNumber(std::string_view text, std::int32_t least) {
   std::int32_t number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -73,7 +78,7 @@ void CheckMask(const Setting& setting, std::string_view text, CheckedValue& chec
   std::uint32_t bits = 0;
   if (IsMaskText(text)) {
     bits = zqotrc::ParseMask(checked.text.c_str());
-  } else if (!(text.substr(0, 1) <= "9") && ParseLevels(text, bits)) {
+  } else if (!BeginsWithDigit(text) && ParseLevels(text, bits)) {
     checked.text = Hex(bits);
   } else {
     checked.error = std::string(setting.name) +

@@ -20,6 +20,11 @@ FileState StateOf(const std::string& path) {
           data.st_ino};
 }
 
+bool FolderExists(const std::string& path) {
+  struct stat data;
+  return stat(path.c_str(), &data) == 0 && S_ISDIR(data.st_mode);
+}
+
 std::uint32_t ReadPart(const std::string& path, std::uint64_t offset, std::uint32_t most,
                        std::string& bytes) {
   bytes.clear();
