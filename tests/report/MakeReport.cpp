@@ -44,7 +44,7 @@ class TraceFile {
       : file_(path, std::ios::binary), format_(format) {}
 
   void Line(const char* function, std::uint32_t place, const std::string& text) {
-    microseconds_ += 20 + numbers_.Below(60);
+    microseconds_ += 20 + numbers.Below(60);
     const std::int64_t milliseconds = microseconds_ / 1000;
     const zqotrc::TraceMoment moment = {/*hasLocalTime=*/true,
                                         static_cast<std::int32_t>(milliseconds / 3600000 % 24),
@@ -71,12 +71,12 @@ class TraceFile {
   void Pause(std::int64_t microseconds) { microseconds_ += microseconds; }
 
   Made made;
-  Numbers numbers_;
+  Numbers numbers;
 
  private:
   std::ofstream file_;
   zqotrc::TraceFormat format_;
-  std::int64_t microseconds_ = (9 * 3600LL + 41 * 60) * 1000000;
+  std::int64_t microseconds_ = (9LL * 60 + 41) * 60 * 1000000;  // 09:41
 };
 
 std::string Hex(std::uint32_t number) {
@@ -86,23 +86,23 @@ std::string Hex(std::uint32_t number) {
 }
 
 struct Kind {
-  CommandCode code;
   const char* function;
   std::uint32_t extraMicroseconds;  // up to so many
+  CommandCode code;
 };
 constexpr Kind kKinds[] = {
-    {CommandCode::Reg_GetValue, "Reg_GetValue: ", 400},
-    {CommandCode::Reg_GetValue, "Reg_GetValue: ", 400},
-    {CommandCode::Reg_SetValue, "Reg_SetValue: ", 2500},
-    {CommandCode::Reg_EnumKey, "Reg_EnumKey: ", 900},
-    {CommandCode::Reg_CreateKey, "Reg_CreateKey:", 1500},
-    {CommandCode::NoOperation, nullptr, 10},
-    {CommandCode::BC_EnumBoard, "BC_EnumBoard: ", 60000},
+    {"Reg_GetValue: ", 400, CommandCode::Reg_GetValue},
+    {"Reg_GetValue: ", 400, CommandCode::Reg_GetValue},
+    {"Reg_SetValue: ", 2500, CommandCode::Reg_SetValue},
+    {"Reg_EnumKey: ", 900, CommandCode::Reg_EnumKey},
+    {"Reg_CreateKey:", 1500, CommandCode::Reg_CreateKey},
+    {nullptr, 10, CommandCode::NoOperation},
+    {"BC_EnumBoard: ", 60000, CommandCode::BC_EnumBoard},
 };
 
 void Wake(TraceFile& trace, std::uint32_t connection) {
   trace.Loop(62, "while - WaitForMultipleObjects");
-  trace.Pause(trace.numbers_.Below(9000));
+  trace.Pause(trace.numbers.Below(9000));
   trace.Loop(64, "WaitForMultipleObjects received Element on dwWait=" + Hex(connection));
 }
 
@@ -114,14 +114,14 @@ void Reply(TraceFile& trace, std::uint32_t result) {
 }
 
 void Request(TraceFile& trace, std::uint32_t connection) {
-  const Kind& kind = kKinds[trace.numbers_.Below(static_cast<std::uint32_t>(std::size(kKinds)))];
-  const std::uint32_t chance = trace.numbers_.Below(200);
+  const Kind& kind = kKinds[trace.numbers.Below(static_cast<std::uint32_t>(std::size(kKinds)))];
+  const std::uint32_t chance = trace.numbers.Below(200);
   Wake(trace, connection);
   trace.Loop(120, "Pending: READING_STATE");
   trace.Loop(194, "WRITING_STATE -> GetCommand for Pipe(" + std::to_string(connection) + ")");
   trace.Loop(10, "opCode " + Hex(static_cast<std::uint32_t>(kind.code)));
   if (kind.function != nullptr) trace.Line(kind.function, 131, ">> Start");
-  trace.Pause(trace.numbers_.Below(kind.extraMicroseconds));
+  trace.Pause(trace.numbers.Below(kind.extraMicroseconds));
   std::uint32_t result = chance < 14 ? 2 : 0;
   if (chance == 199 && kind.function != nullptr) {
     trace.Error(kind.function, 160, "Exception: RegDeleteValue");
@@ -153,8 +153,8 @@ void WriteTrace(TraceFile& trace, std::uint32_t lines) {
   }
   trace.Line("Reg_CreateKey:", 113, kHostileText);
   while (trace.made.lines + 20 < lines) {
-    if (trace.numbers_.Below(40) == 0) trace.Pause(trace.numbers_.Below(3000000));
-    Request(trace, trace.numbers_.Below(kConnections) * (1 + trace.numbers_.Below(2)));
+    if (trace.numbers.Below(40) == 0) trace.Pause(trace.numbers.Below(3000000));
+    Request(trace, trace.numbers.Below(kConnections) * (1 + trace.numbers.Below(2)));
   }
   while (trace.made.lines < lines) trace.Loop(62, "while - WaitForMultipleObjects");
 }

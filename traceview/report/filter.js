@@ -68,9 +68,9 @@ function writeAddress(line) {
   }
 }
 
-// The choices that this trace offers, most frequent first where there are many.
+// The choices that this trace offers; only the most frequent where there are too many.
 function fillChoices() {
-  const lines = new Map(), levels = new Map(), connections = new Map();
+  const functions = new Map(), levels = new Map(), connections = new Map();
   const perPlace = new Int32Array(raw.places.length);
   for (let line = 0; line < count; ++line) {
     ++perPlace[trace.place[line]];
@@ -79,7 +79,7 @@ function fillChoices() {
   }
   raw.places.forEach((place, i) => {
     const name = raw.columns[place[kFunction]], level = raw.columns[place[kLevel]];
-    lines.set(name, (lines.get(name) || 0) + perPlace[i]);
+    functions.set(name, (functions.get(name) || 0) + perPlace[i]);
     if (level !== '') levels.set(level, (levels.get(level) || 0) + perPlace[i]);
   });
   const add = (id, value, label, many) => {
@@ -89,16 +89,15 @@ function fillChoices() {
   };
   const alike = (a, b) => a[0] < b[0] ? -1 : 1;
   const kMostChoices = 500;
-  const named = [...lines].filter(([name]) => name !== '').sort((a, b) => b[1] - a[1]);
+  const named = [...functions].filter(([name]) => name !== '').sort((a, b) => b[1] - a[1]);
   for (const [name, many] of named.slice(0, kMostChoices).sort(alike)) {
     add('function', name, name, many);
   }
-  for (const [level, many] of [...levels].sort(alike)) {
+  for (const [level, many] of [...levels].slice(0, kMostChoices).sort(alike)) {
     const meaning = levelNames.get(level);
     add('level', level, meaning && meaning !== level ? level + ' \u2013 ' + meaning : level, many);
   }
   for (const [connection, many] of [...connections].sort((a, b) => a[0] - b[0])) {
     add('connection', connection, connection < 0 ? 'none' : String(connection), many);
   }
-  return lines;
 }
