@@ -11,9 +11,11 @@ namespace traceview {
 namespace {
 
 constexpr std::int64_t kSecond = 1000000;
-constexpr std::int64_t kDay = 24 * 60 * 60 * kSecond;
+constexpr std::int64_t kMinute = 60 * kSecond;
+constexpr std::int64_t kHour = 60 * kMinute;
+constexpr std::int64_t kDay = 24 * kHour;
 /// Lines of several processes may change places by a little; only a longer way back is midnight.
-constexpr std::int64_t kDisorder = 60 * 60 * kSecond;
+constexpr std::int64_t kDisorder = kHour;
 
 std::string UpperCased(std::string_view text) {
   std::string upper(text);
@@ -94,8 +96,8 @@ bool ParseSpan(std::string_view words, std::int64_t& microseconds) {
   const std::string_view unit = words.substr(static_cast<std::size_t>(end - words.data()));
   std::int64_t each = 0;
   if (unit == "s") each = kSecond;
-  if (unit == "m") each = 60 * kSecond;
-  if (unit == "h") each = 60 * 60 * kSecond;
+  if (unit == "m") each = kMinute;
+  if (unit == "h") each = kHour;
   if (unit == "d") each = kDay;
   microseconds = each * count;
   return each != 0 && count != 0;
