@@ -27,6 +27,8 @@ int TraceStatsAction(const Invocation& invocation, Output& output);
 
 int RawAction(const Invocation& invocation, Output& output);
 
+int TraceReportAction(const Invocation& invocation, Output& output);
+
 int CodesAction(const Invocation& invocation, Output& output);
 int CommandsAction(const Invocation& invocation, Output& output);
 int HelpAction(const Invocation& invocation, Output& output);

@@ -42,7 +42,10 @@ class Parser {
   std::string Run() {
     while (at_ < words_.size()) {
       const std::string& word = words_[at_++];
-      if (onlyArguments_ || !word.starts_with("--")) {
+      if (!onlyArguments_ && word == "-o" && MakesAReport()) {
+        std::string error = TakeText(word, invocation_.output);
+        if (!error.empty()) return error;
+      } else if (onlyArguments_ || !word.starts_with("--")) {
         rest_.push_back(word);
       } else if (word == "--") {
         onlyArguments_ = true;
@@ -55,6 +58,14 @@ class Parser {
   }
 
  private:
+  // The one command whose arguments cannot be texts of the user's, so that -o is never one.
+  bool MakesAReport() {
+    hasValue_ = false;
+    std::size_t words = 0;
+    const Subcommand* const subcommand = FindSubcommand(rest_, words);
+    return subcommand != nullptr && (subcommand->options & kTakesReport) != 0;
+  }
+
   std::string TakeOption(const std::string& word) {
     const std::size_t equals = word.find('=');
     const std::string name = word.substr(0, equals);
@@ -65,6 +76,9 @@ class Parser {
     if (name == "--pipe") return TakeText(name, invocation_.pipe);
     if (name == "--server") return TakeText(name, invocation_.server);
     if (name == "--base") return TakeBase();
+    if (name == "--output") return TakeText(name, invocation_.output);
+    if (name == "--title") return TakeText(name, invocation_.title);
+    if (name == "--force") return TakeFlag(name, invocation_.force);
     if (name == "--stay") return TakeFlag(name, invocation_.stay);
     if (name == "--level") return TakeText(name, invocation_.trace.level);
     if (name == "--function") return TakeText(name, invocation_.trace.function);
@@ -209,6 +223,11 @@ class Parser {
     if ((subcommand.options & kTakesServer) == 0) {
       if (!invocation_.server.empty()) return "--server is for start only";
       if (invocation_.stay) return "--stay is for start only";
+    }
+    if ((subcommand.options & kTakesReport) == 0) {
+      if (!invocation_.output.empty()) return "--output is for trace report only";
+      if (!invocation_.title.empty()) return "--title is for trace report only";
+      if (invocation_.force) return "--force is for trace report only";
     }
     std::string error = CheckTraceOptions(subcommand);
     if (!error.empty()) return error;

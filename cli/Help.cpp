@@ -98,6 +98,7 @@ std::string SubcommandHelp(const Subcommand& subcommand) {
   std::string help = "usage: qorlixctl " + UsageOf(subcommand);
   if ((subcommand.options & kTakesBase) != 0) help += " [--base [ROOT]]";
   if ((subcommand.options & kTakesServer) != 0) help += " [--server PATH] [--stay]";
+  if ((subcommand.options & kTakesReport) != 0) help += " -o OUT [--title TEXT] [--force]";
   help += std::string(" [OPTIONS]\n\n") + subcommand.summary + ".\n\n" + subcommand.details;
   return help + '\n' + kOptions;
 }

@@ -159,6 +159,20 @@ constexpr char kRaw[] =
     "  qorlixctl raw \"1500 08000000 534F465457415245 00000000\"\n"
     "                                         Reg_EnumKey of \"SOFTWARE\", index 0\n";
 
+constexpr char kTraceReport[] =
+    "Makes one HTML page of trace files: a summary, a time line of connections and functions, how\n"
+    "long requests took, and the lines themselves with a filter. The page needs a browser and\n"
+    "nothing else; it fetches nothing, so it can be sent on as it is. It holds everything that "
+    "the\n"
+    "trace holds: look at that before you do. The two files of a pair are put in order.\n"
+    "\n"
+    "  -o OUT         the page to write; replaces an earlier report, but no other file\n"
+    "  --title TEXT   the heading, if it is not to be the name of the first file\n"
+    "  --force        replace OUT whatever it is, unless it is one of the traces\n"
+    "\n"
+    "Example:\n"
+    "  qorlixctl trace report C:\\TMP\\ZqFILE1.TRC C:\\TMP\\ZqFILE2.TRC -o report.html\n";
+
 constexpr char kCodes[] =
     "Lists the result codes that have a name: those of the server, 8601 to 8620, and the usual "
     "ones\n"
@@ -199,6 +213,8 @@ constexpr Subcommand kSubcommands[] = {
      kTraceDump, TraceDumpAction},
     {"trace stats", "[FILE...]", 0, kNoLimit, kTakesLines, "Count a trace by function", kTraceStats,
      TraceStatsAction},
+    {"trace report", "FILE...", 1, kNoLimit, kTakesReport, "Make an HTML page of trace files",
+     kTraceReport, TraceReportAction},
     {"codes", "", 0, 0, 0, "List the result codes", kCodes, CodesAction},
     {"commands", "", 0, 0, 0, "List the server's commands", kCommands, CommandsAction},
     {"help", "[COMMAND]", 0, 2, 0, "Explain the program or a command", kHelp, HelpAction},

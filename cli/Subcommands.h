@@ -49,6 +49,7 @@ enum OptionBit : unsigned {
   kTakesLines = 4,   ///< --level, --function, --text, --since and --ring
   kTakesColor = 8,
   kTakesFor = 16,
+  kTakesReport = 32,  ///< -o, --title and --force
 };
 
 /// The options of the trace commands, as they were typed; empty when they were not.
@@ -74,6 +75,9 @@ struct Invocation {
   std::string pipe;    ///< empty: the server's own
   std::string server;  ///< empty: the program beside this one
   bool stay = false;
+  std::string output;  ///< the file to write
+  std::string title;
+  bool force = false;
   bool hasBase = false;
   std::uint32_t base = 0;
   TraceOptions trace;

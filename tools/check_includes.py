@@ -32,7 +32,7 @@ ALLOWED = {
     "maintenance": COMMANDS,
     "server": COMMANDS + ["board/boardsvc32.h", "actions/RestartResults.h", "maintenance"],
     "client": ["codec/Wire.h", "server/CommandCode.h", "server/SrvResult.h"],
-    "traceview": ["platform"] + TRACE_FORMATS,
+    "traceview": ["platform", "client/CommandInfo.h"] + TRACE_FORMATS,
     "cli": ["client", "traceview", "trace/TraceConfig.h", "trace/TraceHost.h"],
     "standins": ["board/boardsvc32.h"],
 }
