@@ -68,8 +68,7 @@ class TraceFileTest : public TraceTest {
     constexpr int kMoment = 1000;
     if (first) trace_setup::SetWritten(FileName(1), kMoment);
     if (second) {
-      trace_setup::SetWritten(FileName(2),
-                              static_cast<std::uint32_t>(kMoment + secondIsYoungerBy));
+      trace_setup::SetWritten(FileName(2), static_cast<std::uint32_t>(kMoment + secondIsYoungerBy));
     }
     trace_setup::Refresh();
   }
@@ -94,9 +93,12 @@ TEST_F(TraceFileTest, TheFileThatWasWrittenLaterGoesOn) {
   };
   const Bytes old = "old\r\n";
   const Case cases[] = {
-      {"none", {}, {}, 0, 1},          {"only the first", old, {}, 0, 1},
-      {"only the second", {}, old, 0, 2}, {"the first is younger", old, old, -60, 1},
-      {"of one age", old, old, 0, 1},  {"the second is younger", old, old, 60, 2},
+      {"none", {}, {}, 0, 1},
+      {"only the first", old, {}, 0, 1},
+      {"only the second", {}, old, 0, 2},
+      {"the first is younger", old, old, -60, 1},
+      {"of one age", old, old, 0, 1},
+      {"the second is younger", old, old, 60, 2},
   };
   for (const Case& one : cases) {
     ReplaceWithFiles(OneLineWith({}), one.first, one.second, one.secondIsYoungerBy);
@@ -168,8 +170,10 @@ TEST_F(TraceFileTest, PathAndNameMakeThePrefix) {
       {"", "QorlixE2E", std::string(kDefaultFolder) + "\\QorlixE2E"},
   };
   for (const Case& one : cases) {
-    TraceParameters parameters = {{"Level", "1"},     {"zqserver_level", "64"},
-                                  {"Output", "FILE"}, {"Format", "TEXT"},
+    TraceParameters parameters = {{"Level", "1"},
+                                  {"zqserver_level", "64"},
+                                  {"Output", "FILE"},
+                                  {"Format", "TEXT"},
                                   {"String", "opCode"}};
     if (one.path) parameters.emplace_back("Path", *one.path);
     if (one.name) parameters.emplace_back("FileName", *one.name);
@@ -255,11 +259,11 @@ TEST_F(TraceFileStartTest, DebuggerOutputIsTheLineWithALineFeed) {
   trace_setup::ReplaceQuietly(AllLinesWith({{"Output", "dbg"}}));
   const std::vector<std::string> texts = ServerProcess::DebuggerOutputOfAStart();
   ASSERT_GT(texts.size(), 5u);
-  EXPECT_TRUE(LinesAre({texts.begin() + 1, texts.begin() + 6},
-                       {"CreateSRV:  >> Start Pipe Server \n",
-                        "CreateSRV:  namedMutex erfolgreich angelegt! \n",
-                        "StartSRV:  >> StartSRV \n", "StartSRV:  CreateEvent hEvent=0x{:x} \n",
-                        "StartSRV:  Call ConnectToNewClient for Connection(0) Pipe=0x{:x} \n"}));
+  EXPECT_TRUE(LinesAre(
+      {texts.begin() + 1, texts.begin() + 6},
+      {"CreateSRV:  >> Start Pipe Server \n", "CreateSRV:  namedMutex erfolgreich angelegt! \n",
+       "StartSRV:  >> StartSRV \n", "StartSRV:  CreateEvent hEvent=0x{:x} \n",
+       "StartSRV:  Call ConnectToNewClient for Connection(0) Pipe=0x{:x} \n"}));
   EXPECT_THAT(NamesIn(Folder()), IsEmpty());
 }
 

@@ -82,8 +82,7 @@ testing::AssertionResult LinesAre(const Lines& lines, const Lines& expected) {
     }
     return testing::AssertionFailure()
            << "from line " << i + 1 << " on (" << lines.size() << " instead of " << expected.size()
-           << " lines)\n  traced:" << Listing(lines, i)
-           << "\n  expected:" << Listing(expected, i);
+           << " lines)\n  traced:" << Listing(lines, i) << "\n  expected:" << Listing(expected, i);
   }
   return testing::AssertionSuccess();
 }

@@ -116,9 +116,9 @@ void AddRows(std::vector<TraceRow>& rows, const SimpleCommand& command) {
   const auto row = [&](const std::string& what, const Bytes& fields, const Lines& steps,
                        const std::string& result) {
     rows.push_back({command.name + what, command.opCode + fields,
-                    Request(command.code, start + steps + SendLong(result) +
-                                              Lines{command.trace + "<< " + command.closing +
-                                                    " result = 0x0"})});
+                    Request(command.code,
+                            start + steps + SendLong(result) +
+                                Lines{command.trace + "<< " + command.closing + " result = 0x0"})});
   };
   const auto answered = [&](const std::string& result) {
     return Lines{command.trace + "<< " + command.primitive + " result = " + result};
@@ -189,10 +189,28 @@ void AddReadingRows(std::vector<TraceRow>& rows) {
     int goodLength, badLength;
   };
   const Enumeration enumerations[] = {
-      {"EnumKey", "0x15", "Reg_EnumKey:  ", "RegEnumKeyBL", "CopyToKey", "long, TCHAR, long",
-       "long, long", Wire("1500"), {3}, 17, 10},
-      {"EnumValue", "0x17", "Reg_EnumValue:  ", "RegEnumValueBL", "CopyFromKeyKey",
-       "long, TCHAR, long, TCHAR, long", "long, long, long", Wire("1700"), {4, 3}, 29, 14},
+      {"EnumKey",
+       "0x15",
+       "Reg_EnumKey:  ",
+       "RegEnumKeyBL",
+       "CopyToKey",
+       "long, TCHAR, long",
+       "long, long",
+       Wire("1500"),
+       {3},
+       17,
+       10},
+      {"EnumValue",
+       "0x17",
+       "Reg_EnumValue:  ",
+       "RegEnumValueBL",
+       "CopyFromKeyKey",
+       "long, TCHAR, long, TCHAR, long",
+       "long, long, long",
+       Wire("1700"),
+       {4, 3},
+       29,
+       14},
   };
   for (const Enumeration& one : enumerations) {
     const Lines start = {one.trace + ">> Start"};
@@ -210,8 +228,8 @@ void AddReadingRows(std::vector<TraceRow>& rows) {
     row("OfAnAbsentKey", kAbsent + Long(0), "0x57", Send(one.bad, {}, one.badLength));
 
     const std::string keyError = one.trace + "<< result = 0x219a CopyFromKeyKey";
-    rows.push_back({one.name + "CutAtKey", one.opCode + kCut,
-                    Refused(one.code, start + CutField(keyError))});
+    rows.push_back(
+        {one.name + "CutAtKey", one.opCode + kCut, Refused(one.code, start + CutField(keyError))});
     rows.push_back({one.name + "TooLongAtKey", one.opCode + kTooLong,
                     Refused(one.code, start + TooLongField(keyError))});
     rows.push_back(
@@ -308,7 +326,9 @@ class TraceBitsTest : public TraceRegistryLinesTest {
   }
 };
 
-TEST_F(TraceBitsTest, FailuresAreLinesOfBit16) { EXPECT_TRUE(LinesAre(LinesAt("16"), kMixedErrors)); }
+TEST_F(TraceBitsTest, FailuresAreLinesOfBit16) {
+  EXPECT_TRUE(LinesAre(LinesAt("16"), kMixedErrors));
+}
 
 TEST_F(TraceBitsTest, NothingOfTheseIsALineOfBit128OrBit8) {
   EXPECT_TRUE(LinesAre(LinesAt("128"), {}));

@@ -62,8 +62,8 @@ TEST_F(TraceRingTest, ANewRingDescribesItselfAndHoldsTheLines) {
   Start();
   SharedWords ring(SharedWords::kRing);
   ASSERT_TRUE(ring.IsThere());
-  const std::uint32_t expected[kWords] = {static_cast<std::uint32_t>(kFirstLines.size()), 1000, 0,
-                                          1, 1, 1};
+  const std::uint32_t expected[kWords] = {
+      static_cast<std::uint32_t>(kFirstLines.size()), 1000, 0, 1, 1, 1};
   for (std::uint32_t i = 0; i < kWords; ++i) EXPECT_EQ(ring[i], expected[i]) << i;
   EXPECT_EQ(ring.Data(kDataAt, 1000), kFirstLines + Bytes(1000 - kFirstLines.size(), '\0'));
 }

@@ -25,10 +25,10 @@ void RemoveFilesOf(const std::string& folder) {
 }  // namespace
 
 TraceParameters AllLinesWith(const TraceParameters& more) {
-  TraceParameters all = {{"Level", "0xFFFFFFFF"},         {"zqserver_level", "0xFFFFFFFF"},
-                         {"Output", "FILE"},              {"Format", "TEXT"},
-                         {"Path", trace_setup::Folder()}, {"FileName", kName},
-                         {"Byte/File", "2097152"}};
+  TraceParameters all = {
+      {"Level", "0xFFFFFFFF"}, {"zqserver_level", "0xFFFFFFFF"}, {"Output", "FILE"},
+      {"Format", "TEXT"},      {"Path", trace_setup::Folder()},  {"FileName", kName},
+      {"Byte/File", "2097152"}};
   for (const auto& [name, text] : more) {
     const auto found = std::find_if(all.begin(), all.end(),
                                     [&name = name](const auto& one) { return one.first == name; });
@@ -87,9 +87,7 @@ std::string Folder() {
   return folder;
 }
 
-std::string FileName(int index) {
-  return Folder() + "\\" + kName + std::to_string(index) + ".TRC";
-}
+std::string FileName(int index) { return Folder() + "\\" + kName + std::to_string(index) + ".TRC"; }
 
 std::vector<std::string> NamesIn(const std::string& folder) {
   std::vector<std::string> names;

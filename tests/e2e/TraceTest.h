@@ -25,7 +25,8 @@ class TraceTest : public SharedServerTest {
   /// The same as soon as the last of them is this one.
   static Lines NewLinesUpTo(const std::string& last);
 
-  /// Makes these the parameters that are in force, and takes the lines of that away.
+  /// Makes these the parameters that are in force. Where everything is traced, the lines of that
+  /// are taken away.
   void Configure(const TraceParameters& parameters);
 
   /// Sends the request. \returns its lines, once the server waits again; its reply is read.
