@@ -144,11 +144,12 @@ TEST_F(TraceFileTest, WithBothFilesFullTheNextLineEmptiesTheOtherOne) {
 }
 
 TEST_F(TraceFileTest, ALimitThatIsNotAboveZeroKeepsTheOneBefore) {
-  for (const char* const limit : {"0", "-5", "much"}) {
-    Configure(OneLineWith({}));
+  for (const char* const limit : {"0", "-5", "much", ""}) {
+    Configure(OneLineWith({{"Byte/File", "1000"}}));
     trace_setup::Replace(OneLineWith({{"Byte/File", limit}}));
     for (std::uint32_t code = 0x400; code < 0x400 + 40; ++code) Request(code);
-    EXPECT_EQ(ReadFile(FileName(1)), LinesOf(0x400, 0x400 + 40)) << limit;
+    EXPECT_EQ(ReadFile(FileName(1)), LinesOf(0x400, 0x400 + 36)) << limit;
+    EXPECT_EQ(ReadFile(FileName(2)), LinesOf(0x400 + 36, 0x400 + 40)) << limit;
   }
 }
 
@@ -254,7 +255,23 @@ TEST_F(TraceFileStartTest, WithoutPathAndNameAFreshServerHasItsOwnPrefix) {
   if (made) (void)RemoveDirectoryA(kDefaultFolder);
 }
 
-// Both are told where they are, and no other process but a debugger sees these lines.
+// The first line crosses the limit, so the second one is in the other file.
+TEST_F(TraceFileStartTest, WithoutALimitAboveZeroAFreshServerHasItsOwn) {
+  constexpr std::size_t kLimit = 2097152;
+  constexpr char kFirst[] = "CreateSRV:  >> Start Pipe Server \r\n";
+  TraceParameters absent = AllLinesWith();
+  std::erase_if(absent, [](const auto& one) { return one.first == "Byte/File"; });
+  for (const TraceParameters& parameters :
+       {absent, AllLinesWith({{"Byte/File", "0"}}), AllLinesWith({{"Byte/File", "-5"}})}) {
+    trace_setup::Replace(parameters);
+    WriteFile(FileName(1), Bytes(kLimit, 'x'));
+    ASSERT_TRUE(server_.Start());
+    server_.Kill();
+    EXPECT_EQ(ReadFile(FileName(1)).substr(kLimit), kFirst);
+    EXPECT_THAT(ReadFile(FileName(2)), testing::StartsWith("CreateSRV:  namedMutex "));
+  }
+}
+
 TEST_F(TraceFileStartTest, DebuggerOutputIsTheLineWithALineFeed) {
   trace_setup::ReplaceQuietly(AllLinesWith({{"Output", "dbg"}}));
   const std::vector<std::string> texts = ServerProcess::DebuggerOutputOfAStart();
