@@ -110,6 +110,36 @@ TEST_F(TraceHostileTest, ParametersOfAnyShapeDoNoHarm) {
   }
 }
 
+// --- Names that are taken by something else ---
+
+class TraceTakenNameTest : public OwnServerTraceTest {
+ protected:
+  // What a start tells the debugger, while an object of another kind bears the name.
+  static std::vector<std::string> StartWhileTaken(const char* name) {
+    const HANDLE event = CreateEventA(nullptr, FALSE, FALSE, name);
+    EXPECT_NE(event, nullptr);
+    const std::vector<std::string> texts = ServerProcess::DebuggerOutputOfAStart();
+    (void)CloseHandle(event);
+    return texts;
+  }
+};
+
+TEST_F(TraceTakenNameTest, WithoutTheMutexLinesAreWrittenAllTheSame) {
+  constexpr char kError[] = "ERROR: Can't create ZqTRC_MUTEX, GetLastError()=6 \n";
+  const std::vector<std::string> texts = StartWhileTaken("Global\\ZqTRACE_MUTEX");
+  EXPECT_EQ(std::count(texts.begin(), texts.end(), kError), 1) << "not once for every line";
+  ASSERT_GT(AllLines().size(), 100u);
+  EXPECT_EQ(AllLines()[0], "CreateSRV:  >> Start Pipe Server");
+}
+
+TEST_F(TraceTakenNameTest, WithoutTheGenerationLinesAreWrittenAllTheSame) {
+  constexpr char kError[] = "ERROR: Can't create ZqTRC_SECTION, GetLastError()=6 \n";
+  const std::vector<std::string> texts = StartWhileTaken(SharedWords::kGeneration);
+  EXPECT_EQ(std::count(texts.begin(), texts.end(), kError), 1);
+  ASSERT_GT(AllLines().size(), 100u);
+  EXPECT_EQ(AllLines()[0], "CreateSRV:  >> Start Pipe Server");
+}
+
 // --- Texts of clients ---
 
 // Every request that carries the text in some place: as a path, a name, a value, a cut field.
