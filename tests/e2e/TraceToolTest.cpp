@@ -11,6 +11,7 @@
 
 #include "tests/e2e/ServerProcess.h"
 #include "tests/e2e/WireClient.h"
+#include "tests/support/RegistryKeyScratch.h"
 
 // The trace commands of the real qorlixctl on the real server: what one sets, the other writes, and
 // the first reads.
@@ -22,7 +23,6 @@ using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr char kTraceKey[] = "SOFTWARE\\Vesmark\\NORVA\\TrcParams";
 constexpr DWORD kPatience = 20000;
 constexpr DWORD kPause = 20;
 
