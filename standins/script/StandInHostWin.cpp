@@ -1,0 +1,112 @@
+#include <windows.h>
+
+#include <array>
+
+#include "standins/script/StandInHost.h"
+
+namespace standin::host {
+
+namespace {
+
+constexpr DWORD kForeignCxxException = 0xE06D7363;
+constexpr DWORD kMostEnvironment = 32767;
+
+// Some address inside this library, to ask which file it came from.
+const char kInside = 0;
+
+// A mapping that bears the process's number. The load that makes it leaves its handle open, so that
+// the next load finds it; every load takes its own view away with it.
+class Mapping {
+ public:
+  Mapping(const std::string& name, std::size_t bytes) {
+    const std::string whole =
+        "Local\\QorlixStandIn." + name + '.' + std::to_string(GetCurrentProcessId());
+    const HANDLE mapping = CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0,
+                                              static_cast<DWORD>(bytes), whole.c_str());
+    if (mapping == nullptr) return;
+    const bool existed = GetLastError() == ERROR_ALREADY_EXISTS;
+    view_ = MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, bytes);
+    if (existed) CloseHandle(mapping);
+  }
+  ~Mapping() {
+    if (view_ != nullptr) UnmapViewOfFile(view_);
+  }
+  Mapping(const Mapping&) = delete;
+  Mapping& operator=(const Mapping&) = delete;
+
+  void* view() const { return view_; }
+
+ private:
+  void* view_ = nullptr;
+};
+
+}  // namespace
+
+std::string Environment(const char* name) {
+  std::string value(kMostEnvironment, '\0');
+  const DWORD length = GetEnvironmentVariableA(name, value.data(), kMostEnvironment);
+  value.resize(length < kMostEnvironment ? length : 0);
+  return value;
+}
+
+std::string LibraryFolder() {
+  HMODULE library = nullptr;
+  std::array<char, 4 * MAX_PATH> path{};
+  if (!GetModuleHandleExA(
+          GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+          &kInside, &library) ||
+      GetModuleFileNameA(library, path.data(), path.size() - 1) >= path.size() - 1) {
+    return ".";
+  }
+  const std::string file = path.data();
+  return file.substr(0, file.find_last_of('\\'));
+}
+
+bool FileExists(const std::string& path) {
+  return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+bool IsAbsolute(const std::string& path) {
+  return path.starts_with('\\') || path.starts_with('/') || (path.size() > 1 && path[1] == ':');
+}
+
+void Debug(const std::string& line) { OutputDebugStringA((line + '\n').c_str()); }
+
+std::uint32_t ThreadId() { return GetCurrentThreadId(); }
+
+std::uint32_t LastError() { return GetLastError(); }
+void SetLastError(std::uint32_t error) { ::SetLastError(error); }
+
+void Sleep(std::uint32_t milliseconds) { ::Sleep(milliseconds); }
+
+void* ProcessMemory(const std::string& name, std::size_t bytes) {
+  static const Mapping mapping(name, bytes);
+  return mapping.view();
+}
+
+void Raise(Raised raised) {
+  volatile int zero = 0;
+  switch (raised) {
+    case Raised::kAccessViolation:
+      *reinterpret_cast<volatile int*>(zero) = 1;
+      break;
+    case Raised::kDivideByZero:
+      zero = 5 / zero;  // a compiler turns 1 / x into a comparison
+      break;
+    case Raised::kIntOverflow:
+      RaiseException(EXCEPTION_INT_OVERFLOW, EXCEPTION_NONCONTINUABLE, 0, nullptr);
+      break;
+    case Raised::kStackOverflow:
+      // The code alone: a stack that has really run out keeps no guard page, so that the next time
+      // would end the process, whatever the server does.
+      RaiseException(EXCEPTION_STACK_OVERFLOW, EXCEPTION_NONCONTINUABLE, 0, nullptr);
+      break;
+    default:
+      RaiseException(kForeignCxxException, EXCEPTION_NONCONTINUABLE, 0, nullptr);
+  }
+  TerminateProcess(GetCurrentProcess(), EXCEPTION_NONCONTINUABLE_EXCEPTION);
+  for (;;) {
+  }
+}
+
+}  // namespace standin::host
