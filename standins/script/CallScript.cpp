@@ -12,7 +12,7 @@ namespace standin {
 namespace {
 
 constexpr std::uint32_t kLongestDelay = 600000;  // milliseconds
-constexpr std::size_t kLargestFile = 1024 * 1024;
+constexpr std::size_t kLargestFile = 1 << 20;
 
 constexpr std::array<std::pair<std::string_view, Raised>, 5> kRaised{{
     {"access-violation", Raised::kAccessViolation},

@@ -29,7 +29,7 @@ ProcessState* State() {
 
 // Relative to the script's folder, so that both can be moved together.
 std::string LogPath(const std::string& script, const std::string& named) {
-  const std::string variable = host::Environment(kLogVariable);
+  std::string variable = host::Environment(kLogVariable);
   if (!variable.empty()) return variable;
   if (named.empty() || host::IsAbsolute(named)) return named;
   const std::size_t separator = script.find_last_of("\\/");
