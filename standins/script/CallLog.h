@@ -24,10 +24,6 @@ struct CallRecord {
 /// `in` and `outs` are those of Arguments. Without line end.
 std::string FormatCall(const CallRecord& call, const std::string& in, const std::string& outs);
 
-/// Adds one line to a file that others may read and write meanwhile; it is there when this returns.
-/// \returns false if that failed.
-bool AppendLine(const std::string& path, const std::string& line);
-
 }  // namespace standin
 
 #endif  // STANDINS_SCRIPT_CALLLOG_H_

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
-#include <utility>
 
 #include "standins/script/SectionReader.h"
 
@@ -13,14 +12,6 @@ namespace {
 
 constexpr std::uint32_t kLongestDelay = 600000;  // milliseconds
 constexpr std::size_t kLargestFile = 1 << 20;
-
-constexpr std::array<std::pair<std::string_view, Raised>, 5> kRaised{{
-    {"access-violation", Raised::kAccessViolation},
-    {"cxx", Raised::kCxx},
-    {"divide-by-zero", Raised::kDivideByZero},
-    {"int-overflow", Raised::kIntOverflow},
-    {"stack-overflow", Raised::kStackOverflow},
-}};
 
 // "*", "3" or "3-5".
 bool ReadCalls(std::string_view text, ScriptAnswer& answer) {
@@ -39,7 +30,7 @@ void ReadRaised(SectionReader& reader, Raised& raised) {
   const std::string* const word = reader.Value("raise");
   if (word == nullptr) return;
   std::string known;
-  for (const auto& [name, meaning] : kRaised) {
+  for (const auto& [name, meaning] : kRaisedWords) {
     if (*word == name) {
       raised = meaning;
       return;
@@ -105,13 +96,6 @@ const ScriptAnswer* CallScript::Find(Export which, std::uint32_t call) const {
         return candidate.which == which && candidate.first <= call && call <= candidate.last;
       });
   return found != answers.end() ? &*found : nullptr;
-}
-
-std::string_view NameOf(Raised raised) {
-  for (const auto& [name, meaning] : kRaised) {
-    if (meaning == raised) return name;
-  }
-  return "nothing";
 }
 
 CallScript ParseScript(std::string_view text) {

@@ -36,8 +36,6 @@ struct CallScript {
   const ScriptAnswer* Find(Export which, std::uint32_t call) const;
 };
 
-std::string_view NameOf(Raised raised);
-
 /// The format is told in standins/README.md.
 CallScript ParseScript(std::string_view text);
 

@@ -6,17 +6,9 @@
 #include <cstdint>
 #include <string_view>
 
-namespace standin {
+#include "standins/script/Raised.h"
 
-/// What a call raises instead of coming back.
-enum class Raised {
-  kNothing,
-  kAccessViolation,
-  kCxx,  ///< a foreign compiler's C++ exception
-  kDivideByZero,
-  kIntOverflow,
-  kStackOverflow,  ///< the code alone; the stack is whole
-};
+namespace standin {
 
 inline constexpr std::size_t kMostOuts = 2;
 

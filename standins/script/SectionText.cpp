@@ -10,6 +10,10 @@ namespace {
 constexpr std::string_view kBlanks = " \t";
 constexpr char kHexDigits[] = "0123456789abcdef";
 
+char LowerCase(char letter) {
+  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
 bool IsControl(char letter) {
   const auto byte = static_cast<unsigned char>(letter);
   return (byte < 0x20 && letter != '\t') || byte == 0x7F;
@@ -141,6 +145,21 @@ std::string_view TrimBlanks(std::string_view text) {
   const std::size_t first = text.find_first_not_of(kBlanks);
   if (first == std::string_view::npos) return {};
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+bool EqualIgnoringCase(std::string_view left, std::string_view right) {
+  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                    [](char a, char b) { return LowerCase(a) == LowerCase(b); });
+}
+
+std::optional<std::uint32_t> ReadNumber(std::string_view text) {
+  const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
+  if (hexadecimal) text.remove_prefix(2);
+  std::uint32_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number, hexadecimal ? 16 : 10);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return number;
 }
 
 }  // namespace standin

@@ -2,6 +2,8 @@
 #define STANDINS_SCRIPT_SECTIONTEXT_H_
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,6 +36,12 @@ std::vector<ScriptSection> SplitSections(std::string_view text, std::vector<Scri
 std::string Quote(std::string_view text);
 
 std::string_view TrimBlanks(std::string_view text);
+
+/// Letters of ASCII only.
+bool EqualIgnoringCase(std::string_view left, std::string_view right);
+
+/// A decimal number, or a hexadecimal one behind 0x, without sign.
+std::optional<std::uint32_t> ReadNumber(std::string_view text);
 
 }  // namespace standin
 

@@ -7,6 +7,7 @@
 
 #include "standins/script/CallLog.h"
 #include "standins/script/CallScript.h"
+#include "standins/script/LogFile.h"
 
 namespace standin {
 

@@ -8,7 +8,6 @@ namespace standin::host {
 
 namespace {
 
-constexpr DWORD kForeignCxxException = 0xE06D7363;
 constexpr DWORD kMostEnvironment = 32767;
 
 // Some address inside this library, to ask which file it came from.
@@ -84,29 +83,6 @@ void* ProcessMemory(const std::string& name, std::size_t bytes) {
   return mapping.view();
 }
 
-void Raise(Raised raised) {
-  volatile int zero = 0;
-  switch (raised) {
-    case Raised::kAccessViolation:
-      *reinterpret_cast<volatile int*>(zero) = 1;
-      break;
-    case Raised::kDivideByZero:
-      zero = 5 / zero;  // a compiler turns 1 / x into a comparison
-      break;
-    case Raised::kIntOverflow:
-      RaiseException(EXCEPTION_INT_OVERFLOW, EXCEPTION_NONCONTINUABLE, 0, nullptr);
-      break;
-    case Raised::kStackOverflow:
-      // The code alone: a stack that has really run out keeps no guard page, so that the next time
-      // would end the process, whatever the server does.
-      RaiseException(EXCEPTION_STACK_OVERFLOW, EXCEPTION_NONCONTINUABLE, 0, nullptr);
-      break;
-    default:
-      RaiseException(kForeignCxxException, EXCEPTION_NONCONTINUABLE, 0, nullptr);
-  }
-  TerminateProcess(GetCurrentProcess(), EXCEPTION_NONCONTINUABLE_EXCEPTION);
-  for (;;) {
-  }
-}
+void Raise(Raised raised) { RaiseNow(raised); }
 
 }  // namespace standin::host
