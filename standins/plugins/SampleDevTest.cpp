@@ -33,6 +33,7 @@ class SampleDevTest : public LibraryFixture {
   static void RemoveKeys() {
     registry_setup::DeleteTree(kDevice);
     registry_setup::DeleteTree(kName);
+    registry_setup::DeleteTree(std::string(kArea) + "\\LogDevices\\a");
   }
   std::uint32_t Call(const char* name, const char* deviceId = kId) {
     const auto function = Find<InstallFunction>(name);
