@@ -64,6 +64,7 @@ class Parser {
     if (name == "--timeout") return TakeTimeout();
     if (name == "--pipe") return TakeText(name, invocation_.pipe);
     if (name == "--server") return TakeText(name, invocation_.server);
+    if (name == "--for") return TakeFor();
     if (name == "--base") return TakeBase();
     if (name == "--stay") return TakeFlag(name, invocation_.stay);
     if (name == "--json") return TakeFlag(name, invocation_.json);
@@ -91,6 +92,14 @@ class Parser {
     if (!error.empty()) return error;
     if (ParseSeconds(seconds, invocation_.timeoutMs)) return {};
     return "--timeout takes seconds from 0.001 to 86400, not '" + seconds + "'";
+  }
+
+  std::string TakeFor() {
+    std::string seconds;
+    std::string error = TakeText("--for", seconds);
+    if (!error.empty()) return error;
+    if (ParseSeconds(seconds, invocation_.forMs)) return {};
+    return "--for takes seconds from 0.001 to 86400, not '" + seconds + "'";
   }
 
   // The value may be left out, so the next word is taken only if it is one. A word that was meant
@@ -129,13 +138,13 @@ class Parser {
     const std::string& last = rest_.back();
     if (last != "-h" && last != "-?" && last != "/?") return false;
     std::size_t words = 0;
-    if (FindSubcommand(rest_, words) == nullptr) words = rest_[0] == "reg" ? 1 : 0;
+    if (FindSubcommand(rest_, words) == nullptr) words = IsGroup(rest_[0]) ? 1 : 0;
     return rest_.size() == words + 1;
   }
 
   std::string TakeSubcommand() {
     invocation_.help = invocation_.help || AsksForHelp();
-    invocation_.helpOnRegistry = !rest_.empty() && rest_[0] == "reg";
+    if (!rest_.empty() && IsGroup(rest_[0])) invocation_.helpGroup = rest_[0];
     if (rest_.empty()) {
       return invocation_.help ? std::string() : "no command given";
     }
@@ -143,13 +152,24 @@ class Parser {
     invocation_.subcommand = FindSubcommand(rest_, words);
     if (invocation_.subcommand == nullptr) {
       if (invocation_.help) return {};
-      if (rest_[0] == "reg" && rest_.size() == 1) {
-        return "reg needs one of ls, values, get, set, unset, create, delete";
-      }
-      return "there is no command '" + rest_[0] + (rest_[0] == "reg" ? " " + rest_[1] : "") + "'";
+      const bool inGroup = !invocation_.helpGroup.empty();
+      if (inGroup && rest_.size() == 1) return rest_[0] + " needs one of " + Members(rest_[0]);
+      return "there is no command '" + rest_[0] + (inGroup ? " " + rest_[1] : "") + "'";
     }
     invocation_.arguments.assign(rest_.begin() + static_cast<std::ptrdiff_t>(words), rest_.end());
     return invocation_.help ? std::string() : Check(*invocation_.subcommand);
+  }
+
+  // The second words of a group's subcommands.
+  static std::string Members(const std::string& group) {
+    std::string members;
+    for (const Subcommand& subcommand : Subcommands()) {
+      const std::string_view name = subcommand.name;
+      if (!name.starts_with(group + ' ')) continue;
+      if (!members.empty()) members += ", ";
+      members += name.substr(group.size() + 1);
+    }
+    return members;
   }
 
   std::string Check(const Subcommand& subcommand) const {
@@ -161,6 +181,9 @@ class Parser {
     if ((subcommand.options & kTakesServer) == 0) {
       if (!invocation_.server.empty()) return "--server is for start only";
       if (invocation_.stay) return "--stay is for start only";
+    }
+    if (invocation_.forMs != 0 && (subcommand.options & kTakesFor) == 0) {
+      return "--for is for device changes only";
     }
     const auto count = static_cast<int>(invocation_.arguments.size());
     if (count < subcommand.fewest) {
@@ -209,6 +232,22 @@ bool ParseRootKey(std::string_view word, std::uint32_t& root) {
   std::uint32_t number = 0;
   if (!ParseHexNumber(word.substr(2), number)) return false;
   root = number;
+  return true;
+}
+
+bool ParseNumber(std::string_view word, std::uint32_t& number) {
+  if (word.starts_with("0x") || word.starts_with("0X")) {
+    return ParseHexNumber(word.substr(2), number);
+  }
+  constexpr std::size_t kDigits = 10;
+  if (word.empty() || word.size() > kDigits) return false;
+  std::uint64_t total = 0;
+  for (const char c : word) {
+    if (c < '0' || c > '9') return false;
+    total = total * 10 + static_cast<std::uint64_t>(c - '0');
+  }
+  if (total > 0xFFFFFFFF) return false;
+  number = static_cast<std::uint32_t>(total);
   return true;
 }
 

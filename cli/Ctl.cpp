@@ -18,7 +18,7 @@ int RunCtl(std::span<const std::string> words, Output& output) {
     if (invocation.subcommand != nullptr) {
       output.out += SubcommandHelp(*invocation.subcommand);
     } else {
-      output.out += invocation.helpOnRegistry ? RegistryHelp() : OverallHelp();
+      output.out += invocation.helpGroup.empty() ? OverallHelp() : GroupHelp(invocation.helpGroup);
     }
     return kExitOk;
   }

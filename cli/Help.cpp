@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "cli/BoardHelp.h"
+
 #ifndef QORLIX_VERSION
 #error "the build tells the version"
 #endif
@@ -13,7 +15,7 @@ constexpr char kIntroduction[] =
     "qorlixctl talks to QorlixSRV, the privileged helper server of the communication stack, over\n"
     "its local pipe: it starts and stops the server, edits the stack's part of the registry "
     "through\n"
-    "it, and sends it any request.\n"
+    "it, shows boards and devices, and sends it any request.\n"
     "\n"
     "usage: qorlixctl [OPTIONS] COMMAND [ARGUMENTS]\n";
 
@@ -59,6 +61,16 @@ constexpr char kRegistry[] =
     "permitted\n"
     "below SOFTWARE\\Vesmark\\NORVA only, and values are written as text.\n";
 
+constexpr struct {
+  std::string_view group;
+  const char* example;
+  const char* text;
+} kGroups[] = {
+    {"reg", "reg get", kRegistry},
+    {"board", "board installed", kBoard},
+    {"device", "device state", kDevice},
+};
+
 std::string UsageOf(const Subcommand& subcommand) {
   std::string usage = subcommand.name;
   if (*subcommand.arguments != '\0') usage = usage + ' ' + subcommand.arguments;
@@ -85,14 +97,23 @@ std::string OverallHelp() {
          kJson + '\n' + kExitCodes + '\n' + kFirstSteps;
 }
 
-std::string RegistryHelp() {
-  return std::string("usage: qorlixctl reg COMMAND [ARGUMENTS]\n\n") + Summaries("reg ") + '\n' +
-         kRegistry + "\n'qorlixctl reg get --help', for example, explains one of them.\n";
+std::string GroupHelp(std::string_view group) {
+  const std::string name(group);
+  std::string help =
+      "usage: qorlixctl " + name + " COMMAND [ARGUMENTS]\n\n" + Summaries(name + ' ');
+  for (const auto& known : kGroups) {
+    if (known.group != group) continue;
+    help += std::string("\n") + known.text + "\n'qorlixctl " + known.example +
+            " --help', for example, explains one of them.\n";
+  }
+  return help;
 }
+
 std::string SubcommandHelp(const Subcommand& subcommand) {
   std::string help = "usage: qorlixctl " + UsageOf(subcommand);
   if ((subcommand.options & kTakesBase) != 0) help += " [--base [ROOT]]";
   if ((subcommand.options & kTakesServer) != 0) help += " [--server PATH] [--stay]";
+  if ((subcommand.options & kTakesFor) != 0) help += " [--for SECONDS]";
   help += std::string(" [OPTIONS]\n\n") + subcommand.summary + ".\n\n" + subcommand.details;
   return help + '\n' + kOptions;
 }

@@ -2,6 +2,7 @@
 #define CLI_HELP_H_
 
 #include <string>
+#include <string_view>
 
 #include "cli/Subcommands.h"
 
@@ -10,8 +11,8 @@ namespace cli {
 /// The program's help: what it is for, its commands, options and exit codes.
 std::string OverallHelp();
 
-/// What the reg commands have in common.
-std::string RegistryHelp();
+/// The subcommands that begin with this word, and what they have in common.
+std::string GroupHelp(std::string_view group);
 
 /// The help of one subcommand.
 std::string SubcommandHelp(const Subcommand& subcommand);

@@ -42,7 +42,11 @@ struct Subcommand {
   int (*action)(const Invocation& invocation, Output& output);
 };
 
-enum OptionBit : unsigned { kTakesBase = 1, kTakesServer = 2 };  // --server and --stay
+enum OptionBit : unsigned {
+  kTakesBase = 1,
+  kTakesServer = 2,  ///< --server and --stay
+  kTakesFor = 0x100,
+};
 
 /// A command line, taken apart. Texts are UTF-8.
 struct Invocation {
@@ -50,17 +54,21 @@ struct Invocation {
   std::vector<std::string> arguments;
   bool json = false;
   bool help = false;
-  bool helpOnRegistry = false;  ///< if no subcommand is named: on the reg commands only
+  std::string helpGroup;  ///< if no subcommand is named: the group that the help is on
   bool version = false;
   std::uint32_t timeoutMs = 10000;
   std::string pipe;    ///< empty: the server's own
   std::string server;  ///< empty: the program beside this one
   bool stay = false;
+  std::uint32_t forMs = 0;  ///< 0: once
   bool hasBase = false;
   std::uint32_t base = 0;
 };
 
 std::span<const Subcommand> Subcommands();
+
+/// Whether subcommands of two words begin with this one.
+bool IsGroup(std::string_view word);
 
 /// The subcommand that the words begin with, or null. `words` receives how many they were.
 const Subcommand* FindSubcommand(std::span<const std::string> words, std::size_t& count);
