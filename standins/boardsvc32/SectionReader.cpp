@@ -1,0 +1,157 @@
+#include "standins/boardsvc32/SectionReader.h"
+
+#include <charconv>
+
+namespace boardsim {
+
+namespace {
+
+// "01 02 FF" and "0102FF" are the same; a byte is not torn apart.
+bool ReadBytes(std::string_view text, std::string& bytes) {
+  for (text = TrimBlanks(text); !text.empty(); text = TrimBlanks(text)) {
+    if (text.size() < 2) return false;
+    unsigned byte = 0;
+    const char* const end = text.data() + 2;
+    const auto [stop, error] = std::from_chars(text.data(), end, byte, 16);
+    if (error != std::errc() || stop != end) return false;
+    bytes += static_cast<char>(byte);
+    text.remove_prefix(2);
+  }
+  return true;
+}
+
+template <typename Number>
+bool ReadHexGroup(std::string_view digits, Number& number) {
+  std::uint32_t value = 0;
+  const char* const end = digits.data() + digits.size();
+  const auto [stop, error] = std::from_chars(digits.data(), end, value, 16);
+  if (error != std::errc() || stop != end) return false;
+  number = static_cast<Number>(value);
+  return true;
+}
+
+// {01234567-89ab-cdef-0123-456789abcdef}
+bool ReadGuid(std::string_view text, BRDX_GUID& guid) {
+  if (text.size() != 38 || text[0] != '{' || text[37] != '}') return false;
+  for (const std::size_t hyphen : {9u, 14u, 19u, 24u}) {
+    if (text[hyphen] != '-') return false;
+  }
+  bool good = ReadHexGroup(text.substr(1, 8), guid.Data1) &&
+              ReadHexGroup(text.substr(10, 4), guid.Data2) &&
+              ReadHexGroup(text.substr(15, 4), guid.Data3);
+  for (std::size_t at = 0; at < 8; ++at) {
+    good = good && ReadHexGroup(text.substr(at < 2 ? 20 + 2 * at : 21 + 2 * at, 2), guid.Data4[at]);
+  }
+  return good;
+}
+
+}  // namespace
+
+std::optional<std::uint32_t> ReadNumber(std::string_view text) {
+  const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
+  if (hexadecimal) text.remove_prefix(2);
+  std::uint32_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number, hexadecimal ? 16 : 10);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return number;
+}
+
+SectionReader::SectionReader(const InventorySection& section, std::vector<InventoryError>& errors)
+    : section_(section), errors_(errors), asked_(section.entries.size()) {}
+
+const InventoryEntry* SectionReader::Find(std::string_view key) {
+  for (std::size_t index = 0; index < section_.entries.size(); ++index) {
+    if (section_.entries[index].key == key) {
+      asked_[index] = true;
+      return &section_.entries[index];
+    }
+  }
+  return nullptr;
+}
+
+const std::string* SectionReader::Value(std::string_view key) {
+  const InventoryEntry* const entry = Find(key);
+  return entry != nullptr ? &entry->value : nullptr;
+}
+
+void SectionReader::Complain(std::string_view key, const std::string& problem) {
+  const InventoryEntry* const entry = Find(key);
+  errors_.push_back({entry != nullptr ? entry->line : section_.line, problem});
+}
+
+SectionReader& SectionReader::Text(std::string_view key, std::string& value) {
+  const std::string* const found = Value(key);
+  if (found != nullptr) value = *found;
+  return *this;
+}
+
+SectionReader& SectionReader::Bytes(std::string_view key, std::string& value) {
+  const std::string* const found = Value(key);
+  std::string bytes;
+  if (found != nullptr && !ReadBytes(*found, bytes)) {
+    Complain(key, "bytes are pairs of hexadecimal digits");
+  } else if (found != nullptr) {
+    value = bytes;
+  }
+  return *this;
+}
+
+SectionReader& SectionReader::Number(std::string_view key, std::uint32_t& value,
+                                     std::uint32_t most) {
+  const std::string* const found = Value(key);
+  if (found == nullptr) return *this;
+  const std::optional<std::uint32_t> number = ReadNumber(*found);
+  if (!number || *number > most) {
+    Complain(key, "a number from 0 to " + std::to_string(most) + " is wanted");
+  } else {
+    value = *number;
+  }
+  return *this;
+}
+
+SectionReader& SectionReader::Number(std::string_view key, std::optional<std::uint32_t>& value) {
+  std::uint32_t number = 0;
+  if (Value(key) != nullptr) {
+    Number(key, number);
+    value = number;
+  }
+  return *this;
+}
+
+SectionReader& SectionReader::YesNo(std::string_view key, bool& value) {
+  const std::string* const found = Value(key);
+  if (found == nullptr) return *this;
+  if (*found != "yes" && *found != "no") {
+    Complain(key, "yes or no is wanted");
+  } else {
+    value = *found == "yes";
+  }
+  return *this;
+}
+
+SectionReader& SectionReader::Guid(std::string_view key, BRDX_GUID& value) {
+  const std::string* const found = Value(key);
+  if (found != nullptr && !ReadGuid(*found, value)) {
+    Complain(key, "a GUID is {01234567-89ab-cdef-0123-456789abcdef}");
+  }
+  return *this;
+}
+
+SectionReader& SectionReader::Required(std::string_view key) {
+  if (Find(key) == nullptr) {
+    errors_.push_back({section_.line, "[" + section_.name + "] needs the key " + std::string(key)});
+  }
+  return *this;
+}
+
+void SectionReader::End() {
+  for (std::size_t index = 0; index < asked_.size(); ++index) {
+    const InventoryEntry& entry = section_.entries[index];
+    if (!asked_[index]) {
+      errors_.push_back({entry.line, "[" + section_.name + "] has no key " + entry.key});
+    }
+  }
+}
+
+}  // namespace boardsim
