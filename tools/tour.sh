@@ -13,6 +13,7 @@ fi
 demo='SOFTWARE\Vesmark\NORVA\Tour'
 board='SOFTWARE\Vesmark\NORVA\DefDevices\DeviceId\HWX7101'
 names='SOFTWARE\Vesmark\NORVA\LogNames'
+devices='SOFTWARE\Vesmark\NORVA\LogDevices'
 gate='SOFTWARE\Vesmark\Shared Tools\MIREL'
 work=$(mktemp -d)
 steps=0
@@ -64,16 +65,22 @@ one_event() {
     grep ':eventlog:' "$log" | tail -n 1 | grep -qF -- "$1"
 }
 
+# What the tour put into the registry must not open the gate for whatever uses the prefix next.
 finish() {
   ctl stop >/dev/null 2>&1
+  local key
+  for key in "$gate" "$board" "$names\\PLC1" "$devices\\NB410A.1" "$devices\\NB510.2"; do
+    wine reg delete "HKLM\\$key" /f >/dev/null 2>&1 </dev/null
+  done
   rm -rf "$work"
 }
 trap finish EXIT
 
 # What a set-up leaves behind: two boards, one of them with half its hardware identifier, and a
-# logical name whose device is gone. The board stand-in looks for its boards beside itself.
+# logical name whose device is gone. The board stand-in logs its calls beside its inventory.
 value() { wine reg add "HKLM\\$1" /v "$2" /d "$3" /f >/dev/null 2>&1 </dev/null; }
-cp "$QORLIX_ROOT/standins/boardsvc32/samples/two-boards.ini" boardsvc32.ini
+cp "$QORLIX_ROOT/standins/boardsvc32/samples/two-boards.ini" "$QORLIX_ROOT/build/boards.ini"
+export QORLIX_BOARD_INVENTORY="Z:$QORLIX_ROOT/build/boards.ini"
 value "$board" HardwareId 'PCI\VEN_1F3C&DEV_5101'
 value "$names\\PLC1" LogDevice 'Pulled board'
 value "$gate" SetupSucceeded 1
