@@ -144,7 +144,7 @@ class Parser {
 
   std::string TakeSubcommand() {
     invocation_.help = invocation_.help || AsksForHelp();
-    if (!rest_.empty() && IsGroup(rest_[0])) invocation_.helpGroup = rest_[0];
+    if (!rest_.empty() && IsGroup(rest_[0])) invocation_.group = rest_[0];
     if (rest_.empty()) {
       return invocation_.help ? std::string() : "no command given";
     }
@@ -152,24 +152,23 @@ class Parser {
     invocation_.subcommand = FindSubcommand(rest_, words);
     if (invocation_.subcommand == nullptr) {
       if (invocation_.help) return {};
-      const bool inGroup = !invocation_.helpGroup.empty();
-      if (inGroup && rest_.size() == 1) return rest_[0] + " needs one of " + Members(rest_[0]);
+      const bool inGroup = !invocation_.group.empty();
+      if (inGroup && rest_.size() == 1) return rest_[0] + " needs one of " + NamesIn(rest_[0]);
       return "there is no command '" + rest_[0] + (inGroup ? " " + rest_[1] : "") + "'";
     }
     invocation_.arguments.assign(rest_.begin() + static_cast<std::ptrdiff_t>(words), rest_.end());
     return invocation_.help ? std::string() : Check(*invocation_.subcommand);
   }
 
-  // The second words of a group's subcommands.
-  static std::string Members(const std::string& group) {
-    std::string members;
+  static std::string NamesIn(const std::string& group) {
+    std::string names;
     for (const Subcommand& subcommand : Subcommands()) {
       const std::string_view name = subcommand.name;
       if (!name.starts_with(group + ' ')) continue;
-      if (!members.empty()) members += ", ";
-      members += name.substr(group.size() + 1);
+      if (!names.empty()) names += ", ";
+      names += name.substr(group.size() + 1);
     }
-    return members;
+    return names;
   }
 
   std::string Check(const Subcommand& subcommand) const {

@@ -90,7 +90,7 @@ TEST(ArgumentsTest, OtherWaysOfAskingForHelpWorkWhereNoTextCanBeMeant) {
   for (const char* const word : {"-h", "-?", "/?"}) {
     EXPECT_TRUE(Parsed({word}).help);
     EXPECT_TRUE(Parsed({"ping", word}).help);
-    EXPECT_EQ(Parsed({"reg", word}).helpGroup, "reg");
+    EXPECT_EQ(Parsed({"reg", word}).group, "reg");
     EXPECT_STREQ(Parsed({"reg", "set", word}).subcommand->name, "reg set");
     EXPECT_FALSE(Parsed({"reg", "get", "K", word}).help);
     EXPECT_FALSE(Parsed({"reg", "ls", "--", word}).help);

@@ -18,7 +18,7 @@ int RunCtl(std::span<const std::string> words, Output& output) {
     if (invocation.subcommand != nullptr) {
       output.out += SubcommandHelp(*invocation.subcommand);
     } else {
-      output.out += invocation.helpGroup.empty() ? OverallHelp() : GroupHelp(invocation.helpGroup);
+      output.out += invocation.group.empty() ? OverallHelp() : GroupHelp(invocation.group);
     }
     return kExitOk;
   }

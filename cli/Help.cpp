@@ -97,10 +97,9 @@ std::string OverallHelp() {
          kJson + '\n' + kExitCodes + '\n' + kFirstSteps;
 }
 
-std::string GroupHelp(std::string_view group) {
-  const std::string name(group);
+std::string GroupHelp(const std::string& group) {
   std::string help =
-      "usage: qorlixctl " + name + " COMMAND [ARGUMENTS]\n\n" + Summaries(name + ' ');
+      "usage: qorlixctl " + group + " COMMAND [ARGUMENTS]\n\n" + Summaries(group + ' ');
   for (const auto& known : kGroups) {
     if (known.group != group) continue;
     help += std::string("\n") + known.text + "\n'qorlixctl " + known.example +

@@ -2,7 +2,6 @@
 #define CLI_HELP_H_
 
 #include <string>
-#include <string_view>
 
 #include "cli/Subcommands.h"
 
@@ -11,8 +10,8 @@ namespace cli {
 /// The program's help: what it is for, its commands, options and exit codes.
 std::string OverallHelp();
 
-/// The subcommands that begin with this word, and what they have in common.
-std::string GroupHelp(std::string_view group);
+/// What the commands of a group, such as reg, have in common.
+std::string GroupHelp(const std::string& group);
 
 /// The help of one subcommand.
 std::string SubcommandHelp(const Subcommand& subcommand);

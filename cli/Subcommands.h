@@ -45,7 +45,7 @@ struct Subcommand {
 enum OptionBit : unsigned {
   kTakesBase = 1,
   kTakesServer = 2,  ///< --server and --stay
-  kTakesFor = 0x100,
+  kTakesFor = 16,
 };
 
 /// A command line, taken apart. Texts are UTF-8.
@@ -54,7 +54,7 @@ struct Invocation {
   std::vector<std::string> arguments;
   bool json = false;
   bool help = false;
-  std::string helpGroup;  ///< if no subcommand is named: the group that the help is on
+  std::string group;  ///< the first word, if it is that of a group of commands: reg, board
   bool version = false;
   std::uint32_t timeoutMs = 10000;
   std::string pipe;    ///< empty: the server's own
@@ -67,7 +67,7 @@ struct Invocation {
 
 std::span<const Subcommand> Subcommands();
 
-/// Whether subcommands of two words begin with this one.
+/// Whether commands of two words begin with this one.
 bool IsGroup(std::string_view word);
 
 /// The subcommand that the words begin with, or null. `words` receives how many they were.
