@@ -25,6 +25,26 @@ int TraceFollowAction(const Invocation& invocation, Output& output);
 int TraceDumpAction(const Invocation& invocation, Output& output);
 int TraceStatsAction(const Invocation& invocation, Output& output);
 
+int BoardListAction(const Invocation& invocation, Output& output);
+int BoardInstalledAction(const Invocation& invocation, Output& output);
+int BoardAvailableAction(const Invocation& invocation, Output& output);
+int BoardAdaptersAction(const Invocation& invocation, Output& output);
+int BoardConfigsAction(const Invocation& invocation, Output& output);
+int BoardMapAction(const Invocation& invocation, Output& output);
+int BoardInfoAction(const Invocation& invocation, Output& output);
+int BoardInfoExAction(const Invocation& invocation, Output& output);
+int BoardScanAction(const Invocation& invocation, Output& output);
+int BoardCreateLogdevicesAction(const Invocation& invocation, Output& output);
+int BoardUpdateLogdevicesAction(const Invocation& invocation, Output& output);
+int BoardUninitializedAction(const Invocation& invocation, Output& output);
+
+int DeviceStateAction(const Invocation& invocation, Output& output);
+int DeviceWatchAction(const Invocation& invocation, Output& output);
+int DeviceUnwatchAction(const Invocation& invocation, Output& output);
+int DeviceChangesAction(const Invocation& invocation, Output& output);
+int DeviceInfoAction(const Invocation& invocation, Output& output);
+int CheckAction(const Invocation& invocation, Output& output);
+
 int RawAction(const Invocation& invocation, Output& output);
 
 int TraceReportAction(const Invocation& invocation, Output& output);

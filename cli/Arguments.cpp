@@ -281,6 +281,22 @@ bool ParseRootKey(std::string_view word, std::uint32_t& root) {
   return true;
 }
 
+bool ParseNumber(std::string_view word, std::uint32_t& number) {
+  if (word.starts_with("0x") || word.starts_with("0X")) {
+    return ParseHexNumber(word.substr(2), number);
+  }
+  constexpr std::size_t kDigits = 10;
+  if (word.empty() || word.size() > kDigits) return false;
+  std::uint64_t total = 0;
+  for (const char c : word) {
+    if (c < '0' || c > '9') return false;
+    total = total * 10 + static_cast<std::uint64_t>(c - '0');
+  }
+  if (total > 0xFFFFFFFF) return false;
+  number = static_cast<std::uint32_t>(total);
+  return true;
+}
+
 bool ParseSeconds(std::string_view word, std::uint32_t& milliseconds) {
   constexpr int kDecimals = 3;
   std::uint64_t total = 0;

@@ -20,6 +20,9 @@ std::string ParseArguments(std::span<const std::string> words, Invocation& invoc
 /// A root key by its name (HKLM, HKEY_LOCAL_MACHINE and so on) or as 0x and up to eight digits.
 bool ParseRootKey(std::string_view word, std::uint32_t& root);
 
+/// A number below 2^32, in decimal digits or as 0x and up to eight hex digits.
+bool ParseNumber(std::string_view word, std::uint32_t& number);
+
 /// Seconds with up to three decimals, above 0 and at most a day, into milliseconds.
 bool ParseSeconds(std::string_view word, std::uint32_t& milliseconds);
 

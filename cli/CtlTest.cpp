@@ -3,52 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
-#include "cli/testing/JsonCheck.h"
-#include "client/testing/ScriptedServer.h"
+#include "cli/testing/CtlFixture.h"
 
 // Whole command lines against the scripted server, natively and on Windows.
 
 namespace cli {
 namespace {
 
-using Words = std::vector<std::string>;
 using client::ScriptedServer;
 
-class CtlTest : public testing::Test {
- protected:
-  // Runs a command line that talks to the scripted server.
-  int Run(Words words) {
-    words.insert(words.begin(), {"--pipe", server_.PipeName(), "--timeout", "5"});
-    return RunAlone(words);
-  }
-
-  int RunAlone(const Words& words) {
-    output_ = {};
-    return RunCtl(words, output_);
-  }
-
-  std::string LastRequest() const {
-    const Words requests = server_.Requests();
-    return requests.empty() ? "" : requests.back();
-  }
-
-  bool Says(const std::string& text) const { return output_.out.find(text) != std::string::npos; }
-  bool Complains(const std::string& text) const {
-    return output_.err.find(text) != std::string::npos;
-  }
-
-  void ExpectJson() const {
-    ASSERT_FALSE(output_.out.empty());
-    EXPECT_EQ(output_.out.back(), '\n');
-    EXPECT_TRUE(JsonCheck::IsValid(output_.out.substr(0, output_.out.size() - 1))) << output_.out;
-    EXPECT_EQ(output_.err, "");
-  }
-
-  ScriptedServer server_;
-  Output output_;
-};
+class CtlTest : public CtlFixture {};
 
 TEST_F(CtlTest, PingSucceedsWhenTheServerAnswersZero) {
   server_.Answers({"0400 00000000"});
@@ -192,6 +157,17 @@ TEST_F(CtlTest, RawSplitsADoubledReply) {
   EXPECT_TRUE(Says("a further reply, 6 bytes: mark 4, result 8602 BUFFER_OVERFLOW"));
 }
 
+TEST_F(CtlTest, RawSaysWhatTheNamesOfTheFieldsDoNotTell) {
+  server_.Answers({"0400 1F000000 03000000 00200000 07000000"});
+  EXPECT_EQ(Run({"raw", "C100 01000000 44 00000000 00200000 00200000 00200000"}), kExitServer);
+  EXPECT_TRUE(Says("boardLength: 3 (0x3)\n    capacity: 8192 (0x2000)\n    boardMapLength: 7"));
+  EXPECT_TRUE(Says("note: of a failure, capacity is the room of the server's adapter buffer"));
+  server_.Answers({"0400 9A210000"});
+  EXPECT_EQ(Run({"raw", "C500 00000000 00200000 00200000", "--json"}), kExitServer);
+  ExpectJson();
+  EXPECT_TRUE(Says("\"note\":\"an answer that is too long comes without its lengths\""));
+}
+
 TEST_F(CtlTest, RawShowsWhatIsNoReply) {
   server_.Answers({"0500 0000"});
   EXPECT_EQ(Run({"raw", "1000"}), kExitTransport);
@@ -310,11 +286,25 @@ TEST_F(CtlTest, TheRegistryCommandsHaveAHelpInCommon) {
   EXPECT_EQ(output_.out, help);
 }
 
+TEST_F(CtlTest, EveryGroupOfCommandsHasAHelpInCommon) {
+  for (const std::string group : {"reg", "board", "device"}) {
+    EXPECT_EQ(RunAlone({group, "--help"}), kExitOk);
+    EXPECT_TRUE(Says("usage: qorlixctl " + group + " COMMAND"));
+    EXPECT_TRUE(Says("for example, explains one of them"));
+  }
+  EXPECT_EQ(RunAlone({"device"}), kExitUsage);
+  EXPECT_TRUE(Complains("device needs one of state, watch, unwatch, changes, info"));
+  EXPECT_EQ(RunAlone({"board", "nonsense"}), kExitUsage);
+  EXPECT_TRUE(Complains("there is no command 'board nonsense'"));
+}
+
 TEST_F(CtlTest, HelpFitsTheTerminal) {
   (void)RunAlone({"--help"});
   std::string all = output_.out;
-  (void)RunAlone({"help", "reg"});
-  all += output_.out;
+  for (const char* const group : {"reg", "board", "device"}) {
+    (void)RunAlone({"help", group});
+    all += output_.out;
+  }
   for (const Subcommand& subcommand : Subcommands()) all += subcommand.details;
   std::size_t begin = 0;
   for (std::size_t end = 0; (end = all.find('\n', begin)) != std::string::npos; begin = end + 1) {

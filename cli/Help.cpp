@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "cli/BoardHelp.h"
 #include "cli/TraceHelp.h"
 
 #ifndef QORLIX_VERSION
@@ -15,7 +16,7 @@ constexpr char kIntroduction[] =
     "qorlixctl talks to QorlixSRV, the privileged helper server of the communication stack, over\n"
     "its local pipe: it starts and stops the server, edits the stack's part of the registry "
     "through\n"
-    "it, sends it any request, and reads its trace.\n"
+    "it, shows boards and devices, sends it any request, and reads its trace.\n"
     "\n"
     "usage: qorlixctl [OPTIONS] COMMAND [ARGUMENTS]\n";
 
@@ -61,6 +62,17 @@ constexpr char kRegistry[] =
     "permitted\n"
     "below SOFTWARE\\Vesmark\\NORVA only, and values are written as text.\n";
 
+constexpr struct {
+  std::string_view group;
+  const char* example;
+  const char* text;
+} kGroups[] = {
+    {"reg", "reg get", kRegistry},
+    {"board", "board installed", kBoard},
+    {"device", "device state", kDevice},
+    {"trace", "trace dump", kTraceGroup},
+};
+
 std::string UsageOf(const Subcommand& subcommand) {
   std::string usage = subcommand.name;
   if (*subcommand.arguments != '\0') usage = usage + ' ' + subcommand.arguments;
@@ -88,10 +100,14 @@ std::string OverallHelp() {
 }
 
 std::string GroupHelp(const std::string& group) {
-  const bool isTrace = group == "trace";
-  return "usage: qorlixctl " + group + " COMMAND [ARGUMENTS]\n\n" + Summaries(group + ' ') + '\n' +
-         (isTrace ? kTraceGroup : kRegistry) + "\n'qorlixctl " + group +
-         (isTrace ? " dump" : " get") + " --help', for example, explains one of them.\n";
+  std::string help =
+      "usage: qorlixctl " + group + " COMMAND [ARGUMENTS]\n\n" + Summaries(group + ' ');
+  for (const auto& known : kGroups) {
+    if (known.group != group) continue;
+    help += std::string("\n") + known.text + "\n'qorlixctl " + known.example +
+            " --help', for example, explains one of them.\n";
+  }
+  return help;
 }
 
 std::string SubcommandHelp(const Subcommand& subcommand) {
@@ -99,6 +115,7 @@ std::string SubcommandHelp(const Subcommand& subcommand) {
   if ((subcommand.options & kTakesBase) != 0) help += " [--base [ROOT]]";
   if ((subcommand.options & kTakesServer) != 0) help += " [--server PATH] [--stay]";
   if ((subcommand.options & kTakesReport) != 0) help += " -o OUT [--title TEXT] [--force]";
+  if ((subcommand.options & kTakesFor) != 0) help += " [--for SECONDS]";
   help += std::string(" [OPTIONS]\n\n") + subcommand.summary + ".\n\n" + subcommand.details;
   return help + '\n' + kOptions;
 }

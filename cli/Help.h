@@ -10,7 +10,7 @@ namespace cli {
 /// The program's help: what it is for, its commands, options and exit codes.
 std::string OverallHelp();
 
-/// What the commands of a group, reg or trace, have in common.
+/// What the commands of a group, such as reg, have in common.
 std::string GroupHelp(const std::string& group);
 
 /// The help of one subcommand.

@@ -46,6 +46,7 @@ void ShowShapes(Report& report, const client::CommandInfo& command) {
   if (command.done != SRV_OK) {
     report.Line(Shape("done   ", "with the result " + std::to_string(command.done), ""));
   }
+  if (*command.note != '\0') report.Line(Shape("note   ", command.note, ""));
   if (command.doubling != client::Doubling::Never) {
     report.Line(Shape("doubled", DoublingText(command.doubling), ""));
   }
@@ -58,6 +59,7 @@ void AddCommand(JsonWriter& json, const client::CommandInfo& command) {
   json.Name("failure").Text(command.fixedShape ? command.success : command.failure);
   json.Name("tooLong").Text(command.fixedShape ? command.success : command.tooLong);
   json.Name("successResult").Number(command.done);
+  json.Name("note").Text(command.note);
   json.Name("doubledReply").Text(DoublingText(command.doubling)).Close('}');
 }
 

@@ -3,6 +3,7 @@
 
 #include "cli/Actions.h"
 #include "cli/Connection.h"
+#include "cli/Guid.h"
 #include "cli/Hex.h"
 #include "cli/Report.h"
 #include "cli/TextEncoding.h"
@@ -41,17 +42,6 @@ const char* KindName(FieldKind kind) {
 }
 
 bool IsNumber(FieldKind kind) { return kind < FieldKind::Guid; }
-
-std::string GuidText(Bytes bytes) {
-  // Data1 to Data3 are numbers, lowest byte first; Data4 is eight bytes in their order.
-  static constexpr int kOrder[] = {3,  2, 1, 0,  -1, 5,  4,  -1, 7,  6,
-                                   -1, 8, 9, -1, 10, 11, 12, 13, 14, 15};
-  std::string text = "{";
-  for (const int i : kOrder) {
-    text += i < 0 ? "-" : HexDigits(bytes.subspan(static_cast<std::size_t>(i), 1));
-  }
-  return text + '}';
-}
 
 std::string ValueText(FieldKind kind, const FieldValue& value) {
   if (value.absent) return "absent";
@@ -174,6 +164,14 @@ void ShowReply(Report& report, const client::Result& result, const client::Reply
   json.Close('}');
 }
 
+// What the names of the fields do not tell.
+void ShowNote(Report& report, Bytes request) {
+  const client::CommandInfo* const command = client::CommandOf(request);
+  if (command == nullptr || *command->note == '\0') return;
+  report.Json().Name("note").Text(command->note);
+  report.Line(std::string("    note: ") + command->note);
+}
+
 // Sends all bytes, then shows a request and its reply for each 8192 of them. \returns the first
 // result that is not ok.
 client::Result Exchange(Report& report, client::QorlixClient& client, Bytes bytes) {
@@ -190,6 +188,7 @@ client::Result Exchange(Report& report, client::QorlixClient& client, Bytes byte
       client::Reply reply;
       result = client.Receive(request, reply);
       ShowReply(report, result, reply);
+      ShowNote(report, request);
     }
     report.Json().Close('}');
     if (outcome.ok()) outcome = result;

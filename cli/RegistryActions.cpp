@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "cli/Actions.h"
+#include "cli/AnsiArguments.h"
 #include "cli/Connection.h"
 #include "cli/Hex.h"
 #include "cli/Report.h"
@@ -12,23 +13,6 @@ namespace {
 
 constexpr SrvResult kNotFound = 2;
 constexpr SrvResult kAccessDenied = 5;
-
-// The arguments as the server takes them, or an empty list and a usage error.
-std::vector<std::string> AnsiArguments(const Invocation& invocation, Output& output) {
-  std::vector<std::string> ansi;
-  for (const std::string& argument : invocation.arguments) {
-    std::string bytes;
-    if (!AnsiFromUtf8(argument, bytes)) {
-      UsageError(output, invocation,
-                 "'" + argument +
-                     "' has a character that the system's ANSI code page lacks; the "
-                     "server knows no other texts");
-      return {};
-    }
-    ansi.push_back(bytes);
-  }
-  return ansi;
-}
 
 bool NamesRootKey(const std::string& path) {
   const std::string upper = [&] {

@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "cli/Actions.h"
+#include "cli/BoardHelp.h"
 #include "cli/TraceHelp.h"
 
 namespace cli {
@@ -200,6 +201,38 @@ constexpr Subcommand kSubcommands[] = {
     {"reg create", "PATH", 1, 1, kTakesBase, "Create a key", kRegCreate, RegCreateAction},
     {"reg delete", "PATH", 1, 1, kTakesBase, "Remove the tree PATH\\PATH, not the key itself",
      kRegDelete, RegDeleteAction},
+    {"board list", "DEVICEID", 1, 1, 0, "List the boards of a device id", kBoardList,
+     BoardListAction},
+    {"board installed", "", 0, 0, 0, "List the installed boards", kBoardInstalled,
+     BoardInstalledAction},
+    {"board available", "", 0, 0, 0, "List the boards that can be installed", kBoardAvailable,
+     BoardAvailableAction},
+    {"board adapters", "", 0, 0, 0, "List the adapters", kBoardAdapters, BoardAdaptersAction},
+    {"board configs", "[BOARD [MAP [DEVICEID [INSTANCEID]]]]", 0, 4, 0, "List configurations",
+     kBoardConfigs, BoardConfigsAction},
+    {"board map", "DEVICEID [ADAPTER [HARDWAREID]]", 1, 3, 0, "Show the map of a board", kBoardMap,
+     BoardMapAction},
+    {"board info", "TYPE [BOARD [MAP [DEVICEID [INSTANCEID]]]]", 1, 5, 0,
+     "Show one text on a board", kBoardInfo, BoardInfoAction},
+    {"board info-ex", "TYPE [BOARD [MAP [INSTANCEID]]]", 1, 4, 0, "Show data on a board, in hex",
+     kBoardInfoEx, BoardInfoExAction},
+    {"board scan", "", 0, 0, 0, "Have the hardware scanned", kBoardScan, BoardScanAction},
+    {"board create-logdevices", "", 0, 0, 0, "Create the logical devices of all boards",
+     kBoardCreateLogdevices, BoardCreateLogdevicesAction},
+    {"board update-logdevices", "DEVICEID HARDWAREID", 2, 2, 0, "Update those of one board",
+     kBoardUpdateLogdevices, BoardUpdateLogdevicesAction},
+    {"board uninitialized", "", 0, 0, 0, "Ask whether boards wait to be initialised",
+     kBoardUninitialized, BoardUninitializedAction},
+    {"device state", "HARDWAREID [OPTION]", 1, 2, 0, "Show status and problem of a device",
+     kDeviceState, DeviceStateAction},
+    {"device watch", "DEVICEID GUID", 2, 2, 0, "Have changes of a device class noted", kDeviceWatch,
+     DeviceWatchAction},
+    {"device unwatch", "DEVICEID GUID", 2, 2, 0, "End that", kDeviceUnwatch, DeviceUnwatchAction},
+    {"device changes", "DEVICEID", 1, 1, kTakesFor, "Fetch the changes that were noted",
+     kDeviceChanges, DeviceChangesAction},
+    {"device info", "DATA1 V1 V2 V3 DATA2 SIZE1 SIZE2 LAST", 8, 8, 0, "Ask for board information",
+     kDeviceInfo, DeviceInfoAction},
+    {"check", "", 0, 0, 0, "Bring logical names and devices into order", kCheck, CheckAction},
     {"raw", "HEX...", 1, kNoLimit, 0, "Send any request and explain the reply", kRaw, RawAction},
     {"trace show", "", 0, 0, 0, "Show the trace configuration and what it does", kTraceShow,
      TraceShowAction},
@@ -224,7 +257,14 @@ constexpr Subcommand kSubcommands[] = {
 
 std::span<const Subcommand> Subcommands() { return kSubcommands; }
 
-bool IsGroup(std::string_view word) { return word == "reg" || word == "trace"; }
+bool IsGroup(std::string_view word) {
+  for (const Subcommand& subcommand : kSubcommands) {
+    const std::string_view name = subcommand.name;
+    const std::size_t blank = name.find(' ');
+    if (blank != std::string_view::npos && name.substr(0, blank) == word) return true;
+  }
+  return false;
+}
 
 const Subcommand* FindSubcommand(std::span<const std::string> words, std::size_t& count) {
   for (const Subcommand& subcommand : kSubcommands) {

@@ -60,7 +60,7 @@ struct TraceOptions {
   std::string since;
   std::string color;
   bool ring = false;
-  std::uint32_t forMs = 0;  ///< 0: until it is interrupted
+  std::uint32_t forMs = 0;  ///< of `trace follow`, 0: until it is interrupted; of `device changes`
 };
 
 /// A command line, taken apart. Texts are UTF-8.
@@ -69,7 +69,7 @@ struct Invocation {
   std::vector<std::string> arguments;
   bool json = false;
   bool help = false;
-  std::string group;  ///< the first word, if it is that of a group of commands: reg, trace
+  std::string group;  ///< the first word, if it is that of a group of commands: reg, board
   bool version = false;
   std::uint32_t timeoutMs = 10000;
   std::string pipe;    ///< empty: the server's own

@@ -59,31 +59,48 @@ constexpr CommandInfo kCommands[] = {
      kRegistryText},
     {CommandCode::Reg_DelKeyBase, "Reg_DelKeyBase", "long rootKey; text key", "", "", "",
      kRegistryText},
-    {CommandCode::BC_HasUninitializedInstances, "BC_HasUninitializedInstances", "", "", "", ""},
+    {.code = CommandCode::BC_HasUninitializedInstances,
+     .name = "BC_HasUninitializedInstances",
+     .request = "",
+     .success = "",
+     .tooLong = "",
+     .failure = "",
+     .note = "what a result other than 0 means is the board library's"},
     {CommandCode::BC_BoardGetMap, "BC_BoardGetMap",
      "text deviceId; text adapter; text hardwareId; long boardMapRoom",
      "text boardMap; long boardMapLength", "long boardMapLength", "long boardMapLength"},
-    {CommandCode::GetBoardInformation, "GetBoardInformation",
-     "buffer data1; buffer value1; buffer value2; buffer value3; buffer data2; buffer area1Size; "
-     "buffer area2Size; buffer lastValue",
-     "buffer area1; buffer value; buffer area2; long result1; long result2", "", ""},
-    {CommandCode::BC_EnumInstBoard, "BC_EnumInstBoard",
-     "long index; long boardRoom; long deviceIdRoom; long netTypeRoom; long hardwareIdRoom; "
-     "long hardwareInstanceIdRoom; long boardMapRoom",
-     "text board; long boardLength; text deviceId; long deviceIdLength; text netType; "
-     "long netTypeLength; text hardwareId; long hardwareIdLength; text hardwareInstanceId; "
-     "long hardwareInstanceIdLength; text boardMap; long boardMapLength; long state",
-     "long boardLength; long deviceIdLength; long netTypeLength; long hardwareIdLength; "
-     "long hardwareInstanceIdLength; long boardMapLength",
-     "long boardLength; long deviceIdLength; long netTypeLength; long boardMapLength"},
-    // The third number of a failure is a constant, not the adapter's length, and the lengths are in
-    // another order than on success.
-    {CommandCode::BC_EnumBoard, "BC_EnumBoard",
-     "text deviceId; long index; long boardRoom; long boardMapRoom; long adapterRoom",
-     "text board; long boardLength; text boardMap; long boardMapLength; text adapter; "
-     "long adapterLength",
-     "long boardLength; long boardMapLength; long adapterLength",
-     "long boardLength; long capacity; long boardMapLength"},
+    {.code = CommandCode::GetBoardInformation,
+     .name = "GetBoardInformation",
+     .request = "buffer data1; buffer value1; buffer value2; buffer value3; buffer data2; buffer "
+                "area1Size; "
+                "buffer area2Size; buffer lastValue",
+     .success = "buffer area1; buffer value; buffer area2; long result1; long result2",
+     .tooLong = "",
+     .failure = "",
+     .note = "the areas come back with the sizes that were asked for"},
+    {.code = CommandCode::BC_EnumInstBoard,
+     .name = "BC_EnumInstBoard",
+     .request =
+         "long index; long boardRoom; long deviceIdRoom; long netTypeRoom; long hardwareIdRoom; "
+         "long hardwareInstanceIdRoom; long boardMapRoom",
+     .success =
+         "text board; long boardLength; text deviceId; long deviceIdLength; text netType; "
+         "long netTypeLength; text hardwareId; long hardwareIdLength; text hardwareInstanceId; "
+         "long hardwareInstanceIdLength; text boardMap; long boardMapLength; long state",
+     .tooLong = "long boardLength; long deviceIdLength; long netTypeLength; long hardwareIdLength; "
+                "long hardwareInstanceIdLength; long boardMapLength",
+     .failure = "long boardLength; long deviceIdLength; long netTypeLength; long boardMapLength",
+     .note = "of a failure, the lengths of hardware id and hardware instance id are not told"},
+    {.code = CommandCode::BC_EnumBoard,
+     .name = "BC_EnumBoard",
+     .request = "text deviceId; long index; long boardRoom; long boardMapRoom; long adapterRoom",
+     .success = "text board; long boardLength; text boardMap; long boardMapLength; text adapter; "
+                "long adapterLength",
+     .tooLong = "long boardLength; long boardMapLength; long adapterLength",
+     .failure = "long boardLength; long capacity; long boardMapLength",
+     .note =
+         "of a failure, capacity is the room of the server's adapter buffer, always 8192, and no "
+         "length; the board map's length stands last"},
     {CommandCode::BC_EnumAvailableBoard, "BC_EnumAvailableBoard",
      "long index; long boardRoom; long deviceIdRoom",
      "text board; long boardLength; text deviceId; long deviceIdLength; long value",
@@ -101,18 +118,26 @@ constexpr CommandInfo kCommands[] = {
      "long unitLength",
      "long configurationLength; long protocolTypeLength; long layer4ProtocolLength; "
      "long unitLength"},
-    // Too long an answer is told without any length.
-    {CommandCode::BC_EnumAdapters, "BC_EnumAdapters",
-     "long index; long adapterNameRoom; long boardMapRoom",
-     "text adapterName; long adapterNameLength; text boardMap; long boardMapLength; byte value", "",
-     "long adapterNameLength; long boardMapLength"},
+    {.code = CommandCode::BC_EnumAdapters,
+     .name = "BC_EnumAdapters",
+     .request = "long index; long adapterNameRoom; long boardMapRoom",
+     .success =
+         "text adapterName; long adapterNameLength; text boardMap; long boardMapLength; byte value",
+     .tooLong = "",
+     .failure = "long adapterNameLength; long boardMapLength",
+     .note = "an answer that is too long comes without its lengths"},
     {CommandCode::BC_Scan, "BC_Scan", "", "", "", ""},
     {CommandCode::BC_UpdateLogDevicesForDevice, "BC_UpdateLogDevicesForDevice",
      "text deviceId; text hardwareId", "", "", ""},
     {CommandCode::BC_CreateAllLogdevices, "BC_CreateAllLogdevices", "", "", "", ""},
-    {CommandCode::BC_GetBoardInfoEx, "BC_GetBoardInfoEx",
-     "long infoType; text board; text boardMap; text hardwareInstanceId; long bufferRoom",
-     "buffer data", "long dataLength", "long dataLength"},
+    {.code = CommandCode::BC_GetBoardInfoEx,
+     .name = "BC_GetBoardInfoEx",
+     .request =
+         "long infoType; text board; text boardMap; text hardwareInstanceId; long bufferRoom",
+     .success = "buffer data",
+     .tooLong = "long dataLength",
+     .failure = "long dataLength",
+     .note = "a room from 0x80000000 on reaches the board library as it is, not as 8192"},
     {.code = CommandCode::TestFunction,
      .name = "TestFunction",
      .request = "text text",
@@ -132,15 +157,32 @@ constexpr CommandInfo kCommands[] = {
      "text deviceId; guid interfaceClass", "", "", "", kPathText},
     {CommandCode::UnregisterForDeviceChangeNotifications, "UnregisterForDeviceChangeNotifications",
      "text deviceId; guid interfaceClass", "", "", "", kPathText},
-    {CommandCode::GetDeviceChange, "GetDeviceChange", "text deviceId",
-     "byte kind; text change; long changeLength; guid interfaceClass",
-     "long changeLength; long guidSize", "", kPathText},
+    {.code = CommandCode::GetDeviceChange,
+     .name = "GetDeviceChange",
+     .request = "text deviceId",
+     .success = "byte kind; text change; long changeLength; guid interfaceClass",
+     .tooLong = "long changeLength; long guidSize",
+     .failure = "",
+     .textRoom = kPathText,
+     .note = "change may hold several texts, each with its zero; guidSize is always 16"},
     {CommandCode::SilentRestart, "SilentRestart", "text logDevice; text event", "", "", "",
      kPathText},
     {CommandCode::GetSilentRestartResult, "GetSilentRestartResult", "text event", "", "", ""},
-    {CommandCode::GetDeviceStateEx, "GetDeviceStateEx", "text hardwareId; long option",
-     "long status; long problem", "", ""},
-    {CommandCode::BC_PlausibilitaetBL, "BC_PlausibilitaetBL", "", "", "", ""},
+    {.code = CommandCode::GetDeviceStateEx,
+     .name = "GetDeviceStateEx",
+     .request = "text hardwareId; long option",
+     .success = "long status; long problem",
+     .tooLong = "",
+     .failure = "",
+     .note = "status and problem are 0 also for a device that nobody knows"},
+    {.code = CommandCode::BC_PlausibilitaetBL,
+     .name = "BC_PlausibilitaetBL",
+     .request = "",
+     .success = "",
+     .tooLong = "",
+     .failure = "",
+     .note = "the result is that of dropping the abandoned logical devices; a failed scan does not "
+             "show"},
 };
 
 constexpr std::uint32_t CodeOf(const CommandInfo& command) {

@@ -33,6 +33,7 @@ struct CommandInfo {  // NOLINT(clang-analyzer-optin.performance.Padding)
   Doubling doubling = Doubling::Never;
   SrvResult done = SRV_OK;  ///< the result with which `success` comes
   bool fixedShape = false;  ///< every reply but 8620 has the fields of `success`
+  const char* note = "";    ///< what the names of the fields do not tell, in one clause
 };
 
 /// All commands, in ascending order of their codes.

@@ -159,6 +159,10 @@ FieldValue ReplyReader::Take(FieldKind kind) noexcept {
   return value;
 }
 
+std::uint8_t ReplyReader::Byte() noexcept {
+  return static_cast<std::uint8_t>(Take(FieldKind::Byte).number);
+}
+
 std::uint32_t ReplyReader::Long() noexcept { return Take(FieldKind::Long).number; }
 
 std::string_view ReplyReader::Text() noexcept {
@@ -166,5 +170,9 @@ std::string_view ReplyReader::Text() noexcept {
   if (bytes.empty()) return {};
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
+
+Bytes ReplyReader::Buffer() noexcept { return Take(FieldKind::Buffer).bytes; }
+
+Bytes ReplyReader::Guid() noexcept { return Take(FieldKind::Guid).bytes; }
 
 }  // namespace client

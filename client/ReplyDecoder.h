@@ -58,9 +58,13 @@ class ReplyReader {
   /// \param reply begins at the mark
   explicit ReplyReader(Bytes reply) noexcept : reply_(reply) {}
 
+  std::uint8_t Byte() noexcept;
   std::uint32_t Long() noexcept;
   /// \returns the text; it points into the reply.
   std::string_view Text() noexcept;
+  /// \returns the bytes of a buffer or of a guid; they point into the reply.
+  Bytes Buffer() noexcept;
+  Bytes Guid() noexcept;
   bool Failed() const noexcept { return failed_; }
 
  private:

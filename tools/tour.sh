@@ -11,6 +11,10 @@ if wine qorlixctl.exe ping --timeout 1 >/dev/null 2>&1; then
 fi
 
 demo='SOFTWARE\Vesmark\NORVA\Tour'
+board='SOFTWARE\Vesmark\NORVA\DefDevices\DeviceId\HWX7101'
+names='SOFTWARE\Vesmark\NORVA\LogNames'
+devices='SOFTWARE\Vesmark\NORVA\LogDevices'
+gate='SOFTWARE\Vesmark\Shared Tools\MIREL'
 work=$(mktemp -d)
 steps=0
 wrong=0
@@ -61,11 +65,25 @@ one_event() {
     grep ':eventlog:' "$log" | tail -n 1 | grep -qF -- "$1"
 }
 
+# What the tour put into the registry must not open the gate for whatever uses the prefix next.
 finish() {
   ctl stop >/dev/null 2>&1
+  local key
+  for key in "$gate" "$board" "$names\\PLC1" "$devices\\NB410A.1" "$devices\\NB510.2"; do
+    wine reg delete "HKLM\\$key" /f >/dev/null 2>&1 </dev/null
+  done
   rm -rf "$work"
 }
 trap finish EXIT
+
+# What a set-up leaves behind: two boards, one of them with half its hardware identifier, and a
+# logical name whose device is gone. The board stand-in logs its calls beside its inventory.
+value() { wine reg add "HKLM\\$1" /v "$2" /d "$3" /f >/dev/null 2>&1 </dev/null; }
+cp "$QORLIX_ROOT/standins/boardsvc32/samples/two-boards.ini" "$QORLIX_ROOT/build/boards.ini"
+export QORLIX_BOARD_INVENTORY="Z:$QORLIX_ROOT/build/boards.ini"
+value "$board" HardwareId 'PCI\VEN_1F3C&DEV_5101'
+value "$names\\PLC1" LogDevice 'Pulled board'
+value "$gate" SetupSucceeded 1
 
 printf 'Start the server and wait until it says that its pipe exists\n'
 printf '    $ qorlixctl start --stay\n'
@@ -83,6 +101,21 @@ kill -0 "$starter" 2>/dev/null || sed 's/^/    /' "$log"
 verdict 'the server is ready' grep -q 'the server is ready' "$work/start"
 
 step 'Does it answer?' 0 'the server answered 0' ping
+step 'At its start it completed a hardware identifier' 0 '&SUBSYS_51011F3C"' \
+  reg get "$board" HardwareId
+step 'And the check took a device that is gone off a logical name' 0 'data:   ""' \
+  reg get "$names\\PLC1" LogDevice
+
+step 'Which boards are installed?' 0 'NB410A' board installed
+step 'Which of them have this device id?' 0 'Local Area Connection 2' board list HWX7101
+step 'Which could be installed?' 0 'NB510' board available
+step 'How is a board configured?' 0 'RFC 1006' board configs NB410A
+step 'What is known of it?' 0 'Firmware 5.2' board info 1 NB410A
+step 'Look for boards that came or went' 0 'the hardware was scanned' board scan
+step 'Assign a device that does not exist ...' 0 '0 (success)' \
+  reg set "$names\\PLC1" LogDevice 'Pulled board'
+step '... and have the configuration checked' 0 'unassigned: "PLC1"' check
+
 step 'Create a key in the permitted tree' 0 '0 (success)' reg create "$demo"
 step 'Write a value' 0 '0 (success)' reg set "$demo" Greeting 'Hello there'
 step 'Read it back' 0 'Hello there' reg get "$demo" Greeting
