@@ -37,7 +37,8 @@ Bytes Long(std::uint32_t value);
 /// Fills the stack below the caller with one byte, so that what is not cleared shows.
 void DirtyTheStack(char byte);
 
-/// A library that answers what a test wants, the same for all commands, and notes what it was asked.
+/// A library that answers what a test wants, the same for all commands, and notes what it was
+/// asked.
 class BoardFixture : public PoolFixture {
  protected:
   /// What the library writes into an out buffer and what it says about it.
@@ -52,9 +53,9 @@ class BoardFixture : public PoolFixture {
     std::vector<std::optional<std::string>> texts;
     std::vector<std::uint32_t> numbers;
     std::vector<std::uint32_t> lengths;
-    bool buffersWereClear = true;       ///< every out buffer, the byte behind its capacity included
-    bool textsWereClear = true;         ///< every text buffer behind its text
-    std::vector<std::string> lock;      ///< what had been done with the lock
+    bool buffersWereClear = true;   ///< every out buffer, the byte behind its capacity included
+    bool textsWereClear = true;     ///< every text buffer behind its text
+    std::vector<std::string> lock;  ///< what had been done with the lock
   };
 
   BoardFixture();

@@ -19,8 +19,8 @@ struct Out {
 };
 
 struct Call {
-  std::string operation;              ///< as the library exports it
-  std::vector<char*> texts;           ///< null where the client sent none
+  std::string operation;     ///< as the library exports it
+  std::vector<char*> texts;  ///< null where the client sent none
   std::vector<std::uint32_t> numbers;
   std::vector<Out> outs;
   std::uint32_t* value = nullptr;  ///< the extra 32-bit value that some operations fill
