@@ -305,10 +305,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::memset(pipe.RequestBuffer, 0xEE, sizeof(pipe.RequestBuffer));
   std::memset(pipe.ReplyBuffer, 0xEE, sizeof(pipe.ReplyBuffer));
 
-  Client client(input);
-  CQorlixSRVPipe srv(nullptr);
-  fake_pipe_io::OnWait([&] { client.Connect(); });
-  Require(srv.StartSRV() == 0);
-  Require(client.IsDone());
+  {
+    Client client(input);
+    CQorlixSRVPipe srv(nullptr);
+    fake_pipe_io::OnWait([&] { client.Connect(); });
+    Require(srv.StartSRV() == 0);
+    Require(client.IsDone());
+  }
+
+  // Nothing is kept, or the fuzzer looks for leaks behind every input.
+  fake_pipe_io::Reset();
+  fake_named_object::Reset();
+  fake_board_library::Reset();
+  g_script = {};
+  g_seen = {};
   return 0;
 }
