@@ -167,6 +167,7 @@ TEST_F(DriverAndPanelTest, LoadingThatRaisesIs8604WithoutABox) {
 
 TEST_F(DriverAndPanelTest, ThePanelGetsTwoZerosAndNonZeroIsSuccess) {
   AddPanel();
+  fake_dynamic_library::LastErrorAfterFind(1400);
   for (const std::uint32_t succeeded : {1u, 0xFFFFFFFFu}) {
     g_ran.reset();
     g_result = succeeded;

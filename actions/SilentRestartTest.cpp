@@ -37,11 +37,19 @@ TEST_F(SilentRestartTest, TheRequestIsAnsweredWhileTheWorkerStillRuns) {
 }
 
 TEST_F(SilentRestartTest, TheResultIsFiledBeforeTheEventIsSet) {
+  std::promise<void> answered;
+  std::shared_future<void> wait = answered.get_future().share();
+  Restarted() = [wait](char*) {
+    wait.wait();
+    return 5u;
+  };
   OfferEvent("e");
-  AnswerRestart(5);
-  RestartAndWait("e");
-  EXPECT_THAT(fake_named_object::Calls(), testing::Contains("signal e"));
-  EXPECT_EQ(ResultOf("e"), 5u);
+  std::vector<std::uint32_t> atTheSignal;
+  fake_named_object::OnSignal([&] { atTheSignal.push_back(ResultOf("e")); });
+  EXPECT_EQ(Do(kRestart, Request("e")), SRV_OK);
+  answered.set_value();  // from here on the instance is the worker's
+  fake_worker_thread::JoinAll();
+  EXPECT_THAT(atTheSignal, ElementsAre(5u));
 }
 
 TEST_F(SilentRestartTest, BothLibrariesAreLoadedByFullPathCalledAndUnloadedInTurn) {
