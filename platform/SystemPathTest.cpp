@@ -7,39 +7,56 @@
 
 namespace {
 
+using platform::AppendToPath;
 using platform::PathBuffer;
 
-TEST(SystemPathTest, ATextIsAppendedWithItsTerminator) {
-  PathBuffer path = "C:\\a";
-  EXPECT_EQ(platform::AppendToPath(path, "\\b.dll"), 0u);
-  EXPECT_STREQ(path, "C:\\a\\b.dll");
+TEST(SystemPathTest, ATextIsAppended) {
+  PathBuffer path = "C:\\windows";
+  EXPECT_EQ(AppendToPath(path, "\\x.dll"), 0u);
+  EXPECT_STREQ(path, "C:\\windows\\x.dll");
+  EXPECT_EQ(AppendToPath(path, ""), 0u);
+  EXPECT_STREQ(path, "C:\\windows\\x.dll");
 }
 
-TEST(SystemPathTest, APathOf259BytesFitsAndALongerOneIsRefusedAndEmpty) {
-  PathBuffer path = "12345";
-  EXPECT_EQ(platform::AppendToPath(path, std::string(254, 'x').c_str()), 0u);
-  EXPECT_EQ(std::strlen(path), 259u);
-  EXPECT_EQ(platform::AppendToPath(path, ""), 0u);
-  EXPECT_EQ(platform::AppendToPath(path, "y"), 34u);
-  EXPECT_STREQ(path, "");
+TEST(SystemPathTest, APathOf259CharactersFitsAndOneMoreDoesNot) {
+  PathBuffer path = {};
+  EXPECT_EQ(AppendToPath(path, std::string(200, 'a').c_str()), 0u);
+  EXPECT_EQ(AppendToPath(path, std::string(59, 'b').c_str()), 0u);
+  EXPECT_EQ(std::string(path), std::string(200, 'a') + std::string(59, 'b'));
 
-  std::strcpy(path, "12345");
-  EXPECT_EQ(platform::AppendToPath(path, std::string(255, 'x').c_str()), 34u);
+  PathBuffer other = {};
+  EXPECT_EQ(AppendToPath(other, std::string(200, 'a').c_str()), 0u);
+  EXPECT_EQ(AppendToPath(other, std::string(60, 'b').c_str()), 34u);
+  EXPECT_STREQ(other, "");
+}
+
+TEST(SystemPathTest, ATextFarLongerThanTheBufferIsRefused) {
+  PathBuffer path = "C:";
+  EXPECT_EQ(AppendToPath(path, std::string(70000, 'a').c_str()), 34u);
   EXPECT_STREQ(path, "");
 }
 
-TEST(SystemPathTest, ABufferWithoutATerminatorIsFull) {
+TEST(SystemPathTest, ABufferWithoutTerminatorTakesNothing) {
   PathBuffer path;
-  std::memset(path, 'x', sizeof(path));
-  EXPECT_EQ(platform::AppendToPath(path, ""), 34u);
+  std::memset(path, 'a', sizeof(path));
+  EXPECT_EQ(AppendToPath(path, ""), 34u);
   EXPECT_STREQ(path, "");
 }
 
-TEST(SystemPathTest, ASystemDirectoryIsALengthFrom1To260) {
+TEST(SystemPathTest, TheSystemDirectoryIsKnownByTheLengthThatTheCallReturned) {
   EXPECT_FALSE(platform::IsSystemDirectory(0));
   EXPECT_TRUE(platform::IsSystemDirectory(1));
   EXPECT_TRUE(platform::IsSystemDirectory(260));
   EXPECT_FALSE(platform::IsSystemDirectory(261));
+  EXPECT_FALSE(platform::IsSystemDirectory(0xFFFFFFFF));
+}
+
+TEST(SystemPathTest, TheSystemHasADirectory) {
+  PathBuffer path = {};
+  const std::uint32_t length = platform::SystemDirectory(path);
+  ASSERT_TRUE(platform::IsSystemDirectory(length));
+  EXPECT_EQ(std::strlen(path), length);
+  EXPECT_EQ(path[1], ':');
 }
 
 }  // namespace

@@ -138,13 +138,13 @@ TEST_P(ActionAllocationTest, NorDoesItWithoutTheLibrary) {
   EXPECT_FALSE(fake_pipe_io::Written(5).empty());
 }
 
-const Bytes kText = TextField("x");
+const Bytes kActionText = TextField("x");
 
 INSTANTIATE_TEST_SUITE_P(
     Actions, ActionAllocationTest,
-    testing::Values(Wire("0500") + TextField("AllocationTest") + kText,
-                    Wire("0600") + TextField("AllocationTest") + kText + kText,
-                    Wire("0F00") + kText + kText + kText + kIndex, Wire("1100"),
+    testing::Values(Wire("0500") + TextField("AllocationTest") + kActionText,
+                    Wire("0600") + TextField("AllocationTest") + kActionText + kActionText,
+                    Wire("0F00") + kActionText + kActionText + kActionText + kIndex, Wire("1100"),
                     Wire("0C00 01000000 02000000 03000000"), Wire("0D00 01000000"),
                     Wire("F000") + TextField("a text that no small string holds"),
                     Wire("2101") + TextField("an event that nobody has filed")));
