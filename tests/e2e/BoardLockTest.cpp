@@ -50,7 +50,7 @@ class BoardLockTest : public BoardTest {
 };
 
 TEST_F(BoardLockTest, IsHeldDuringTheCallsOfTheBoardCommandsAlone) {
-  StartWith(kBoardMachine + FaultForAll("delay = 60"));
+  StartWith(kBoardMachine + FaultForAll("delay = 100"));
   for (const BoardRow& row : BoardRequests()) {
     ASSERT_TRUE(client_.Send(row.request.Request()));
     EXPECT_EQ(IsHeldBeforeTheReply(), IsUnderLock(row)) << row.request.name;
