@@ -1,5 +1,3 @@
-#include <windows.h>
-
 #include <gmock/gmock.h>
 
 #include "tests/e2e/BoardSetup.h"
@@ -88,18 +86,10 @@ TEST_F(DeviceChangeTest, WithTextsAreToldTooLongByTheirLengthAlone) {
 
 // --- Device states ---
 
-// What the configuration manager of this machine says of an instance; the server's answer.
-Bytes StateOf(DWORD instance) {
-  using Query = DWORD(WINAPI*)(DWORD*, DWORD*, DWORD, DWORD);
-  const HMODULE library = LoadLibraryA("cfgmgr32.dll");
-  const auto query = reinterpret_cast<Query>(
-      reinterpret_cast<void*>(GetProcAddress(library, "CM_Get_DevNode_Status")));
-  EXPECT_NE(query, nullptr);
-  DWORD status = 0;
-  DWORD problem = 0;
-  if (query != nullptr) (void)query(&status, &problem, instance, 0);
-  (void)FreeLibrary(library);
-  return Wire("0400 00000000") + Long(status) + Long(problem);
+// The answer that tells what the configuration manager of this machine says of an instance.
+Bytes StateOf(std::uint32_t instance) {
+  const DevNode node(instance);
+  return Wire("0400 00000000") + Long(node.status) + Long(node.problem);
 }
 
 class DeviceStateTest : public BoardTest {};

@@ -69,6 +69,16 @@ bool ForeignBoardLock::IsFree() {
   return true;
 }
 
+DevNode::DevNode(std::uint32_t instance) : result(0), status(0), problem(0) {
+  using Query = DWORD(WINAPI*)(std::uint32_t*, std::uint32_t*, DWORD, DWORD);
+  const HMODULE library = LoadLibraryA("cfgmgr32.dll");
+  const auto query = reinterpret_cast<Query>(
+      reinterpret_cast<void*>(GetProcAddress(library, "CM_Get_DevNode_Status")));
+  EXPECT_NE(query, nullptr);
+  if (query != nullptr) result = query(&status, &problem, instance, 0);
+  (void)FreeLibrary(library);
+}
+
 BoardTest::~BoardTest() { server_.Kill(); }
 
 void BoardTest::StartWith(const std::string& inventory) {

@@ -55,6 +55,15 @@ class ForeignBoardLock {
   void* mutex_;
 };
 
+/// What the configuration manager of this machine says of a device instance; status and problem
+/// are 0 where it says nothing.
+struct DevNode {
+  explicit DevNode(std::uint32_t instance);
+  std::uint32_t result;
+  std::uint32_t status;
+  std::uint32_t problem;
+};
+
 /// A server of its own, on a machine whose boards are described by an inventory. The keys in which
 /// the board library and the plausibility check work are empty at the start of a test.
 class BoardTest : public testing::Test {

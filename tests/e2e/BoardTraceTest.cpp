@@ -1,5 +1,3 @@
-#include <windows.h>
-
 #include <gmock/gmock.h>
 
 #include <cstdio>
@@ -7,6 +5,7 @@
 
 #include "tests/e2e/BoardSetup.h"
 #include "tests/e2e/BoardTable.h"
+#include "tests/e2e/BoardTraceTable.h"
 #include "tests/e2e/TraceTest.h"
 
 // What the board and device commands trace: every line of a request, in order.
@@ -18,68 +17,10 @@ using lines::Refused;
 using lines::Request;
 using lines::SendLong;
 
-/// One field of a request, as the line of a failed read names it.
-struct FieldLine {
-  std::string text;                     ///< behind the function
-  const char* reader = "ReadLong";      ///< who finds the field cut at its beginning
-  const char* copier = "ReadString: ";  ///< and who behind its length
-};
-
-/// What a command traces between the loop's lines, by the name of its row in BoardRequests.
-struct CommandLines {
-  const char* row;
-  const char* code;
-  std::string function;  ///< with the blank that the layout puts behind it
-  const char* start;
-  const char* result;  ///< the line of the library's result, up to the number; empty: none
-  const char* raised;
-  std::vector<FieldLine> fields;
-  Lines success;
-  const char* failureShape;
-  const char* tooLongShape = "";
-};
-
-std::vector<FieldLine> Named(const std::vector<const char*>& names) {
-  std::vector<FieldLine> fields;
-  for (const char* const name : names)
-    fields.push_back({std::string("<< result = 0x219a ") + name});
-  return fields;
-}
-
-std::vector<FieldLine> OfARegistration() {
-  std::vector<FieldLine> fields = {
-      {"<< ReadString(DeviceId) result = 0x219a "},
-      {"<< ReadULong(GUID Part1) result = 0x219a "},
-      {"<< ReadShort(GUID Part2) result = 0x219a ", "ReadShort"},
-      {"<< ReadShort(GUID Part3) result = 0x219a ", "ReadShort"},
-  };
-  fields.insert(fields.end(), 8, {"<< ReadShort(GUID Part4) result = 0x219a ", "ReadByte"});
-  return fields;
-}
-
 std::string Hexadecimal(std::size_t number) {
   char text[16];
   (void)std::snprintf(text, sizeof(text), "%x", static_cast<unsigned>(number));
   return text;
-}
-
-Lines Texts(const std::vector<std::size_t>& sizes) {
-  Lines lines;
-  for (const std::size_t size : sizes) {
-    lines.push_back("AddString:  AddSizeInBytes=" + std::to_string(size));
-  }
-  return lines;
-}
-
-Lines Composed(const std::string& function, const std::vector<std::size_t>& sizes) {
-  return Lines{function + ">> intern Send"} + Texts(sizes);
-}
-
-Lines SendOf(const std::string& shape, std::size_t length, const Lines& inside = {}) {
-  if (shape == "long") return SendLong("0x{:x}", static_cast<int>(length));
-  return Lines{"Send:  >> Begin CQorlixSRVPipe::Send(" + shape + ")"} + inside +
-         Lines{"Send:  << CQorlixSRVPipe::Send DataLength=" + std::to_string(length) +
-               " writeResult=0x1"};
 }
 
 // The two lines that every byte of a GUID has, for the eight of a request of that size.
@@ -94,100 +35,6 @@ Lines ReadBytes(std::size_t from, std::size_t to, std::size_t received) {
 
 constexpr std::size_t kGuidBytesFrom = 2 + 11 + 4 + 2 + 2;
 constexpr std::size_t kGuidBytesTo = kGuidBytesFrom + 8;
-
-const std::vector<CommandLines>& Commands() {
-  static const std::vector<CommandLines> commands = {
-      {"EnumBoard", "0xc1", "BC_EnumBoard:  ", ">> Start", "<< BRDX_EnumBoardExBL result = 0x",
-       "BRDX_EnumBoardExBL", Named({"DeviceId", "iValue", "BoardLen", "BoardMapLen", "AdapterLen"}),
-       Composed("BC_EnumBoard:  ", {6, 1, 6}), "long, long, long, long", "long, long, long, long"},
-      // Kept: seven longs are announced as five.
-      {"EnumInstBoard", "0xc0", "BC_EnumInstBoard:  ", ">> Start",
-       "<< BRDX_EnumInstBoardBL result = 0x", "BRDX_EnumInstBoardBL",
-       Named({"iValue", "BoardLen", "DeviceIdLen", "NetTypeLen", "HardwareIdLen",
-              "HardwareInstanceIdLen", "BoardMapLen"}),
-       Composed("BC_EnumInstBoard:  ", {6, 7, 4, 21, 5, 1}), "long, long, long, long, long",
-       "long, long, long, long, long"},
-      {"EnumAvailableBoard", "0xc2", "BC_EnumAvailableBoard:  ", ">> Start",
-       "<< BRDX_EnumAvailableBoardsBL result = 0x", "BRDX_EnumAvailableBoardsBL",
-       Named({"iValue", "BoardLen", "DeviceIdLen"}), Composed("BC_EnumAvailableBoard:  ", {5, 7}),
-       "long, long, long", "long, long, long"},
-      {"EnumAdapters", "0xc5", "BC_EnumAdapters:  ", ">> Start",
-       "<< BRDX_EnumAdaptersBL result = 0x", "BRDX_EnumAdaptersBL",
-       Named({"iValue", "pcbAdapterNameLen", "BoardMapLen"}),
-       Composed("BC_EnumAdapters:  ", {6, 1}), "long, long, long", "long"},
-      {"EnumConfiguration", "0xc4", "BC_EnumConfiguration:  ", ">> Start",
-       "<< BRDX_EnumConfigurationBL result = 0x", "BRDX_EnumConfigurationBL",
-       Named({"iValue", "BoardName", "BoardMap", "DeviceId", "HardwareInstanceId",
-              "ConfigurationLen", "ProtocolTypeLen", "L4ProtocolLen", "UnitLen"}),
-       Composed("BC_EnumConfiguration:  ", {7, 3, 8, 3}), "long, long, long, long, long",
-       "long, long, long, long, long"},
-      {"BoardGetMap", "0xa3", "BC_BoardGetMap:  ", ">> Start",
-       "<< BRDX_BoardGetMapBL BoardMapLen=0x{:x} result = 0x", "BRDX_BoardGetMapBL",
-       Named({"DeviceID", "Adapter", "HardwareId", "BoardMapIdLen"}),
-       SendOf("long, TCHAR, long", 15, Texts({1})), "long, long", "long, long"},
-      {"GetBoardInfo", "0xc3", "BC_GetBoardInfo:  ", ">> Start",
-       "<< BRDX_GetBoardInfoBL result = 0x", "BRDX_GetBoardInfoBL",
-       Named({"InfoType", "BoardName", "BoardMap", "DeviceId", "HardwareInstanceId", "ValueLen"}),
-       SendOf("long, TCHAR, long", 17, Texts({3})), "long, long", "long, long"},
-      // Kept: its exception goes under the name of its sibling.
-      {"GetBoardInfoEx", "0xcf", "BC_GetBoardInfoEx:  ", ">> Start",
-       "<< BRDX_GetBoardInfoExBL result = 0x", "BRDX_GetBoardInfoBL",
-       Named({"InfoType", "BoardName", "BoardMap", "HardwareInstanceId", "BufferLen"}),
-       Lines{"SendBuffer:  >> Begin CQorlixSRVPipe::SendBuffer", "AddBuffer:  BufferLength=4",
-             "SendBuffer:  << CQorlixSRVPipe::SendBuffer DataLength=14 writeResult=0x1"},
-       "long, long", "long, long"},
-      {"Scan",
-       "0xc7",
-       "BC_Scan:  ",
-       ">> Start",
-       "<< BRDX_ScanBL result = 0x",
-       "BRDX_ScanBL",
-       {},
-       SendLong("0x0"),
-       "long"},
-      {"CreateAllLogdevices",
-       "0xc9",
-       "BC_CreateAllLogdevices:  ",
-       ">> Start",
-       "<< BRDX_CreateAllLogdevicesBL result = 0x",
-       "BRDX_CreateAllLogdevicesBL",
-       {},
-       SendLong("0x0"),
-       "long"},
-      {"UpdateLogDevicesForDevice", "0xc8", "BC_UpdateLogDevicesForDevice:  ", ">> Start",
-       // Kept: its result goes under the name of another operation.
-       "<< BRDX_SetParameterData result = 0x", "BRDX_UpdateLogdevicesForDeviceBL",
-       Named({"DeviceId", "HardwareId"}), SendLong("0x0"), "long"},
-      {"Register", "0x100", "RegisterForDeviceChangeNotifications:  ", ">> Start",
-       "<< BRDX_RegisterForDeviceChangeNotifications result = 0x",
-       "BRDX_RegisterForDeviceChangeNotifications", OfARegistration(), SendLong("0x0"), "long"},
-      // Kept: neither its result nor its exception names the operation.
-      {"GetDeviceChange",
-       "0x102",
-       "GetDeviceChange:  ",
-       ">> Start",
-       "<< Funktionsname und R\xFC"
-       "ckgabeparameter result = 0x",
-       "Funktionsname",
-       {{"<< ReadString(DeviceId) result = 0x219a "}},
-       Lines{"GetDeviceChange:  AddString =\\\\?\\pci#3",
-             "AddString:  >> Begin CQorlixSRVPipe::AddString(9, Spezial)",
-             "AddString:  << CQorlixSRVPipe::AddString(Spezial)",
-             "GetDeviceChange:  << intern Send (len=40)"},
-       "long",
-       "long, long, long"},
-      {"Unregister", "0x101", "UnregisterForDeviceChangeNotifications:  ", ">> Start",
-       "<< BRDX_UnregisterForDeviceChangeNotifications result = 0x",
-       "BRDX_UnregisterForDeviceChangeNotifications", OfARegistration(), SendLong("0x0"), "long"},
-      {"BoardInformation", "0xbf", "GetBoardInformation:  ", " >> Start",
-       "<< BRDX_GetBoardInformation result = 0x", "BRDX_GetDeviceDetail",
-       std::vector<FieldLine>(8, {"<< ReadBuffer result = 0x219a", "ReadLong", "ReadBuffer: "}),
-       Lines{"AddBuffer:  BufferLength=4", "AddBuffer:  BufferLength=4",
-             "AddBuffer:  BufferLength=2"},
-       "long"},
-  };
-  return commands;
-}
 
 bool IsRegistration(const CommandLines& command) { return command.fields.size() == 12; }
 
@@ -245,7 +92,7 @@ std::unique_ptr<BoardTraceTest::Machine> BoardTraceTest::machine_;
 
 // Registrations hold from their first to their last row only, so each is asked four times in turn.
 TEST_F(BoardTraceTest, EveryCommandIsTracedLineByLineWhateverTheLibraryDoes) {
-  for (const CommandLines& command : Commands()) {
+  for (const CommandLines& command : BoardCommandLines()) {
     SCOPED_TRACE(command.row);
     const BoardRow& row = BoardRequest(command.row);
     const Bytes request = row.request.Request();
@@ -273,7 +120,7 @@ TEST_F(BoardTraceTest, EveryCommandIsTracedLineByLineWhateverTheLibraryDoes) {
 }
 
 TEST_F(BoardTraceTest, AFieldThatCannotBeReadIsTracedWithItsName) {
-  for (const CommandLines& command : Commands()) {
+  for (const CommandLines& command : BoardCommandLines()) {
     const RequestRow& row = BoardRequest(command.row).request;
     ASSERT_EQ(command.fields.size(), row.fields.size()) << command.row;
     Bytes before = Wire(row.code);
@@ -309,18 +156,10 @@ TEST_F(BoardTraceTest, AFieldThatCannotBeReadIsTracedWithItsName) {
 
 // --- The ones with lines of their own ---
 
-// The result that the configuration manager has for the instance.
-std::string ResultOfState(DWORD instance) {
-  using Query = DWORD(WINAPI*)(DWORD*, DWORD*, DWORD, DWORD);
-  const HMODULE library = LoadLibraryA("cfgmgr32.dll");
-  const auto query = reinterpret_cast<Query>(
-      reinterpret_cast<void*>(GetProcAddress(library, "CM_Get_DevNode_Status")));
-  DWORD status = 0;
-  DWORD problem = 0;
-  const DWORD result = query(&status, &problem, instance, 0);
-  (void)FreeLibrary(library);
-  return "ret=0x" + Hexadecimal(result) + " dwStatus=0x" + Hexadecimal(status) +
-         " dwProblem=" + Hexadecimal(problem);
+std::string ResultOfState(std::uint32_t instance) {
+  const DevNode node(instance);
+  return "ret=0x" + Hexadecimal(node.result) + " dwStatus=0x" + Hexadecimal(node.status) +
+         " dwProblem=" + Hexadecimal(node.problem);
 }
 
 TEST_F(BoardTraceTest, AStateIsTracedWithWhatTheConfigurationManagerSaid) {
@@ -328,7 +167,7 @@ TEST_F(BoardTraceTest, AStateIsTracedWithWhatTheConfigurationManagerSaid) {
   for (const std::string name : {"DeviceStateEx", "DeviceStateExWithoutOption"}) {
     SCOPED_TRACE(name);
     const Bytes request = BoardRequest(name).request.Request();
-    const auto lines = [&](DWORD instance) {
+    const auto lines = [&](std::uint32_t instance) {
       return Request(
           "0x122", Lines{function + " >> Start", "GetWDMStatusHlp:  --> CM_Get_DevNode_Status()",
                          "GetWDMStatusHlp:  <-- CM_Get_DevNode_Status: " + ResultOfState(instance),
