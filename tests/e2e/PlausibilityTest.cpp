@@ -161,6 +161,7 @@ TEST_F(PlausibilityTest, UnassignsAValueOfAnotherTypeAsAText) {
 TEST_F(PlausibilityTest, TakesTheListOfAnExternalProgrammerApart) {
   StartWith("");
   MakeDevice("KWTUSB1");
+  MakeDevice("KWTUS");
   MakeDevice("Here");
   Assign("A both here", "KWTUSB1,Here");
   Assign("B second gone", "KWTUSB1,Gone");
@@ -170,9 +171,10 @@ TEST_F(PlausibilityTest, TakesTheListOfAnExternalProgrammerApart) {
   Assign("F alone and gone", "KWTUSB3");
   Assign("G in the middle", "Here,xKWTUSBx");
   Assign("H another case is no programmer", "KwtUsb1,Here");
+  Assign("I half a mark is none", "KWTUS,Here");
   EXPECT_THAT(UnassignedByACheck(),
               ElementsAre("B second gone", "C first gone", "F alone and gone", "G in the middle",
-                          "H another case is no programmer"));
+                          "H another case is no programmer", "I half a mark is none"));
 }
 
 // The check reads 8192 bytes; what does not fit is a read that failed, and stays.
