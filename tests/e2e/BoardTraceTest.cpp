@@ -70,6 +70,7 @@ class BoardTraceTest : public TraceTest {
         "[change]\ndevice-id = HWX7101\nkind = 1\n"
         "guid = {cac88484-7515-4c03-82e6-71a87abac361}\ntext = second\n";
     for (const BoardRow& row : BoardRequests()) inventory += Faults(row);
+    inventory += "[fault BRDX_EnumBoardExBL]\ncall = 5\nlength = 0\nfill = unterminated\n";
     machine_->files.Write(inventory);
     TraceTest::SetUpTestSuite();
   }
@@ -204,8 +205,11 @@ TEST_F(BoardTraceTest, UninitializedInstancesAreTracedAsAResult) {
                   SendLong("0x7"))));
 }
 
+// A suite of its own, because calls are counted by operation.
+class BoardTraceOverflowTest : public BoardTraceTest {};
+
 // What was built of a reply is told by the writer, which fails.
-TEST_F(BoardTraceTest, AnAreaThatDoesNotFitIsTracedAsAnOverflow) {
+TEST_F(BoardTraceOverflowTest, AnAreaThatDoesNotFitIsTracedAsAnOverflow) {
   const Bytes four = Wire("04000000");
   const Bytes begin =
       Wire("BF00 00000000") + four + Long(7) + four + Long(8) + four + Long(9) + Wire("00000000");
@@ -221,6 +225,19 @@ TEST_F(BoardTraceTest, AnAreaThatDoesNotFitIsTracedAsAnOverflow) {
   // An area that could never fit is refused before anything is called.
   EXPECT_TRUE(LinesAre(LinesOf(begin + four + Long(8193) + end),
                        Refused("0xbf", {"GetBoardInformation:   >> Start"})));
+}
+
+TEST_F(BoardTraceOverflowTest, ATextThatDoesNotFitIsTracedAsAnOverflow) {
+  const Bytes request = BoardRequest("EnumBoard").request.Request();
+  for (int call = 1; call <= 4; ++call) (void)LinesOf(request);
+  EXPECT_TRUE(LinesAre(
+      LinesOf(request),
+      Request("0xc1",
+              Lines{"BC_EnumBoard:  >> Start", "BC_EnumBoard:  << BRDX_EnumBoardExBL result = 0x0",
+                    "BC_EnumBoard:  >> intern Send", "AddString:  AddSizeInBytes=8192",
+                    "AddString:  >> BUFFER_OVERFLOW in AddString , Size = 8202",
+                    "RunSrvLoop:  Error occured : lResult=0x219a"} +
+                  SendLong("0x219a", 16))));
 }
 
 // --- Which line comes at which bit ---
