@@ -3,10 +3,12 @@
 //
 //   pipeload.exe --server EXE --yardstick EXE [--quick]
 //   pipeload.exe --server EXE --yardstick EXE --count ROUNDTRIPS
+//   pipeload.exe --server EXE --tracing [--quick]
 //   pipeload.exe --self --yardstick EXE
 //
-// The last puts one more yardstick in the product's place: what it prints is what the method makes
-// of two equal servers.
+// The third compares the product with itself under different trace configurations. The last puts
+// one more yardstick in the product's place: what it prints is what the method makes of two equal
+// servers.
 //
 // Everything, the servers included, is meant to run on one processor: then the time of a burst is
 // the work of all sides added up, and not the luck of a scheduler with two processors.
@@ -27,6 +29,7 @@
 #include "bench/RequestCounting.h"
 #include "bench/ServerProcess.h"
 #include "bench/Support.h"
+#include "bench/TracedLoad.h"
 #include "bench/Workload.h"
 
 namespace bench {
@@ -306,6 +309,7 @@ struct Options {
   std::string yardstick;
   bool quick = false;
   bool self = false;
+  bool tracing = false;
   unsigned countedRoundTrips = 0;
 };
 
@@ -318,6 +322,8 @@ Options Parse(int argc, char** argv) {
       options.quick = true;
     } else if (name == "--self") {
       options.self = true;
+    } else if (name == "--tracing") {
+      options.tracing = true;
     } else if (name == "--server" && hasValue) {
       options.server = argv[++i];
     } else if (name == "--yardstick" && hasValue) {
@@ -328,7 +334,7 @@ Options Parse(int argc, char** argv) {
       Die("unknown option, or one without its value: %s", argv[i]);
     }
   }
-  if (options.server.empty() != options.self || options.yardstick.empty()) {
+  if (options.server.empty() != options.self || options.yardstick.empty() != options.tracing) {
     Die("--server and --yardstick name the two programs");
   }
   return options;
@@ -358,13 +364,16 @@ int main(int argc, char** argv) {
        Yardstick(options, "QorlixYardstick4", " registry")},
       {Yardstick(options, "QorlixYardstick6", " registry later", "later"),
        Yardstick(options, "QorlixYardstick7", " registry later", "later")}};
+  const Plan& plan = options.quick ? kQuick : kFull;
   const RegistryFixture fixture;
-  if (options.countedRoundTrips > 0) {
+  if (options.tracing) {
+    CompareTracing(programs.product, plan.rounds, plan.burstSeconds);
+  } else if (options.countedRoundTrips > 0) {
     CountRequests(programs.registryYardstick[0], options.countedRoundTrips);
     CountRequests(programs.laterYardstick[0], options.countedRoundTrips);
     CountRequests(programs.product, options.countedRoundTrips);
   } else {
-    CompareAll(options.quick ? kQuick : kFull, programs);
+    CompareAll(plan, programs);
   }
   return 0;
 }

@@ -2,10 +2,8 @@
 
 #include <windows.h>
 
-#include <cstdio>
-
+#include "bench/Marks.h"
 #include "bench/PipeClients.h"
-#include "bench/Support.h"
 #include "bench/Workload.h"
 
 namespace bench {
@@ -15,16 +13,6 @@ constexpr unsigned kConnections[] = {1, 8, 64};
 constexpr unsigned kMost = 64;
 constexpr unsigned kWarmUp = 256;
 constexpr DWORD kIdleMs = 3000;
-
-// A server may still be busy behind its last reply, with the next read for instance; what it does
-// there belongs to the burst.
-constexpr DWORD kSettleMs = 50;
-
-void Mark(const char* text) {
-  Sleep(kSettleMs);
-  const HANDLE event = OpenEventA(SYNCHRONIZE, /*bInheritHandle=*/FALSE, text);
-  if (event != nullptr) Die("an event has the name of a mark");
-}
 
 // One series of marks: server, workload, connections, the server's thread and what begins.
 class Series {
@@ -36,12 +24,9 @@ class Series {
         serverThread_(server.ThreadId()) {}
 
   void Begin(const char* what) const {
-    char text[200];
-    (void)std::snprintf(text, sizeof(text), "bench-mark;%s;%s;%u;%04lx;%s;", label_, workload_,
-                        connections_, serverThread_, what);
-    Mark(text);
+    Mark("bench-mark;%s;%s;%u;%04lx;%s;", label_, workload_, connections_, serverThread_, what);
   }
-  static void End() { Mark("bench-mark;end;"); }
+  static void End() { EndMark(); }
 
  private:
   const char* label_;

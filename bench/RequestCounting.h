@@ -8,8 +8,6 @@ namespace bench {
 /// Runs bounded bursts of `roundTrips` and of twice as many, and a time without any, against one
 /// server, each between two marks in the debug log of Wine's server. What lies between the marks is
 /// counted by count-requests.sh.
-///
-/// A mark is the name of an event that does not exist, for the log shows what was asked for.
 void CountRequests(const ServerProgram& program, unsigned roundTrips);
 
 }  // namespace bench

@@ -9,7 +9,7 @@ namespace bench {
 
 void Die(const char* format, ...) {
   std::fflush(stdout);
-  std::fputs("pipeload: ", stderr);
+  std::fputs("bench: ", stderr);
   va_list arguments;
   va_start(arguments, format);
   (void)std::vfprintf(stderr, format, arguments);

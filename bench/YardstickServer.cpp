@@ -12,7 +12,6 @@
 
 #include <windows.h>
 
-#include <shlobj.h>
 #include <shlwapi.h>
 
 #include <cstdint>
@@ -235,8 +234,8 @@ const void* volatile g_sameImports[3];
 
 void TouchSameImports() {
   g_sameImports[0] = reinterpret_cast<const void*>(&PathCanonicalizeA);
-  g_sameImports[1] = reinterpret_cast<const void*>(&SHGetSpecialFolderPathA);
-  g_sameImports[2] = reinterpret_cast<const void*>(&StartHardwareDetection);
+  g_sameImports[1] = reinterpret_cast<const void*>(&StartHardwareDetection);
+  g_sameImports[2] = reinterpret_cast<const void*>(&MessageBoxA);
 }
 
 }  // namespace

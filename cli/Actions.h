@@ -37,8 +37,16 @@ int DeviceUnwatchAction(const Invocation& invocation, Output& output);
 int DeviceChangesAction(const Invocation& invocation, Output& output);
 int DeviceInfoAction(const Invocation& invocation, Output& output);
 int CheckAction(const Invocation& invocation, Output& output);
+int TraceShowAction(const Invocation& invocation, Output& output);
+int TraceSetAction(const Invocation& invocation, Output& output);
+int TraceRefreshAction(const Invocation& invocation, Output& output);
+int TraceFollowAction(const Invocation& invocation, Output& output);
+int TraceDumpAction(const Invocation& invocation, Output& output);
+int TraceStatsAction(const Invocation& invocation, Output& output);
 
 int RawAction(const Invocation& invocation, Output& output);
+
+int TraceReportAction(const Invocation& invocation, Output& output);
 
 int CodesAction(const Invocation& invocation, Output& output);
 int CommandsAction(const Invocation& invocation, Output& output);

@@ -42,7 +42,10 @@ class Parser {
   std::string Run() {
     while (at_ < words_.size()) {
       const std::string& word = words_[at_++];
-      if (onlyArguments_ || !word.starts_with("--")) {
+      if (!onlyArguments_ && word == "-o" && MakesAReport()) {
+        std::string error = TakeText(word, invocation_.output);
+        if (!error.empty()) return error;
+      } else if (onlyArguments_ || !word.starts_with("--")) {
         rest_.push_back(word);
       } else if (word == "--") {
         onlyArguments_ = true;
@@ -55,18 +58,35 @@ class Parser {
   }
 
  private:
+  // The one command whose arguments cannot be texts of the user's, so that -o is never one.
+  bool MakesAReport() {
+    hasValue_ = false;
+    std::size_t words = 0;
+    const Subcommand* const subcommand = FindSubcommand(rest_, words);
+    return subcommand != nullptr && (subcommand->options & kTakesReport) != 0;
+  }
+
   std::string TakeOption(const std::string& word) {
     const std::size_t equals = word.find('=');
     const std::string name = word.substr(0, equals);
     hasValue_ = equals != std::string::npos;
     value_ = hasValue_ ? word.substr(equals + 1) : std::string();
 
-    if (name == "--timeout") return TakeTimeout();
+    if (name == "--timeout") return TakeSeconds(name, invocation_.timeoutMs);
     if (name == "--pipe") return TakeText(name, invocation_.pipe);
     if (name == "--server") return TakeText(name, invocation_.server);
-    if (name == "--for") return TakeFor();
     if (name == "--base") return TakeBase();
+    if (name == "--output") return TakeText(name, invocation_.output);
+    if (name == "--title") return TakeText(name, invocation_.title);
+    if (name == "--force") return TakeFlag(name, invocation_.force);
     if (name == "--stay") return TakeFlag(name, invocation_.stay);
+    if (name == "--level") return TakeText(name, invocation_.trace.level);
+    if (name == "--function") return TakeText(name, invocation_.trace.function);
+    if (name == "--text") return TakeText(name, invocation_.trace.text);
+    if (name == "--since") return TakeText(name, invocation_.trace.since);
+    if (name == "--ring") return TakeFlag(name, invocation_.trace.ring);
+    if (name == "--color") return TakeColor();
+    if (name == "--for") return TakeSeconds(name, invocation_.forMs);
     if (name == "--json") return TakeFlag(name, invocation_.json);
     if (name == "--help") return TakeFlag(name, invocation_.help);
     if (name == "--version") return TakeFlag(name, invocation_.version);
@@ -86,20 +106,20 @@ class Parser {
     return {};
   }
 
-  std::string TakeTimeout() {
+  std::string TakeSeconds(const std::string& name, std::uint32_t& milliseconds) {
     std::string seconds;
-    std::string error = TakeText("--timeout", seconds);
+    std::string error = TakeText(name, seconds);
     if (!error.empty()) return error;
-    if (ParseSeconds(seconds, invocation_.timeoutMs)) return {};
-    return "--timeout takes seconds from 0.001 to 86400, not '" + seconds + "'";
+    if (ParseSeconds(seconds, milliseconds)) return {};
+    return name + " takes seconds from 0.001 to 86400, not '" + seconds + "'";
   }
 
-  std::string TakeFor() {
-    std::string seconds;
-    std::string error = TakeText("--for", seconds);
+  std::string TakeColor() {
+    std::string& color = invocation_.trace.color;
+    std::string error = TakeText("--color", color);
     if (!error.empty()) return error;
-    if (ParseSeconds(seconds, invocation_.forMs)) return {};
-    return "--for takes seconds from 0.001 to 86400, not '" + seconds + "'";
+    if (color == "auto" || color == "always" || color == "never") return {};
+    return "--color takes auto, always or never, not '" + color + "'";
   }
 
   // The value may be left out, so the next word is taken only if it is one. A word that was meant
@@ -171,6 +191,29 @@ class Parser {
     return names;
   }
 
+  // An option that the subcommand would pass over is a slip.
+  std::string CheckTraceOptions(const Subcommand& subcommand) const {
+    const TraceOptions& given = invocation_.trace;
+    const struct {
+      bool given;
+      unsigned bit;
+      const char* name;
+    } kOptions[] = {
+        {!given.level.empty(), kTakesLines, "--level"},
+        {!given.function.empty(), kTakesLines, "--function"},
+        {!given.text.empty(), kTakesLines, "--text"},
+        {!given.since.empty(), kTakesLines, "--since"},
+        {given.ring, kTakesLines, "--ring"},
+        {!given.color.empty(), kTakesColor, "--color"},
+        {invocation_.forMs != 0, kTakesFor, "--for"},
+    };
+    for (const auto& option : kOptions) {
+      if (!option.given || (subcommand.options & option.bit) != 0) continue;
+      return std::string(subcommand.name) + " does not take " + option.name;
+    }
+    return {};
+  }
+
   std::string Check(const Subcommand& subcommand) const {
     const std::string name = subcommand.name;
     if (invocation_.hasBase && (subcommand.options & kTakesBase) == 0) {
@@ -181,9 +224,13 @@ class Parser {
       if (!invocation_.server.empty()) return "--server is for start only";
       if (invocation_.stay) return "--stay is for start only";
     }
-    if (invocation_.forMs != 0 && (subcommand.options & kTakesFor) == 0) {
-      return "--for is for device changes only";
+    if ((subcommand.options & kTakesReport) == 0) {
+      if (!invocation_.output.empty()) return "--output is for trace report only";
+      if (!invocation_.title.empty()) return "--title is for trace report only";
+      if (invocation_.force) return "--force is for trace report only";
     }
+    std::string error = CheckTraceOptions(subcommand);
+    if (!error.empty()) return error;
     const auto count = static_cast<int>(invocation_.arguments.size());
     if (count < subcommand.fewest) {
       return name + " needs " + subcommand.arguments;

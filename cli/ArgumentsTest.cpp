@@ -79,6 +79,26 @@ TEST(ArgumentsTest, WhatIsMissingOrTooMuchIsNamed) {
   EXPECT_NE(ErrorOf({"ping", "--timeout", "soon"}).find("'soon'"), std::string::npos);
 }
 
+TEST(ArgumentsTest, TraceOptionsAreTakenWhereTheyMeanSomething) {
+  const Invocation follow =
+      Parsed({"trace", "follow", "--level", "error", "--function=F*", "--text", "t", "--since",
+              "10m", "--color", "always", "--ring", "--for", "0.5"});
+  EXPECT_EQ(follow.trace.level, "error");
+  EXPECT_EQ(follow.trace.function, "F*");
+  EXPECT_EQ(follow.trace.text, "t");
+  EXPECT_EQ(follow.trace.since, "10m");
+  EXPECT_EQ(follow.trace.color, "always");
+  EXPECT_TRUE(follow.trace.ring);
+  EXPECT_EQ(follow.forMs, 500u);
+  EXPECT_NE(ErrorOf({"ping", "--level", "error"}).find("ping does not take --level"),
+            std::string::npos);
+  EXPECT_NE(ErrorOf({"trace", "dump", "--for", "1"}).find("--for"), std::string::npos);
+  EXPECT_NE(ErrorOf({"trace", "stats", "--color", "never"}).find("--color"), std::string::npos);
+  EXPECT_NE(ErrorOf({"trace", "dump", "--color", "red"}).find("'red'"), std::string::npos);
+  EXPECT_NE(ErrorOf({"trace"}).find("show, set, refresh"), std::string::npos);
+  EXPECT_NE(ErrorOf({"trace", "it"}).find("'trace it'"), std::string::npos);
+}
+
 TEST(ArgumentsTest, HelpAndVersionAreNeverWrong) {
   EXPECT_TRUE(Parsed({"--help"}).help);
   EXPECT_STREQ(Parsed({"reg", "get", "--help"}).subcommand->name, "reg get");
@@ -91,6 +111,7 @@ TEST(ArgumentsTest, OtherWaysOfAskingForHelpWorkWhereNoTextCanBeMeant) {
     EXPECT_TRUE(Parsed({word}).help);
     EXPECT_TRUE(Parsed({"ping", word}).help);
     EXPECT_EQ(Parsed({"reg", word}).group, "reg");
+    EXPECT_EQ(Parsed({"trace", word}).group, "trace");
     EXPECT_STREQ(Parsed({"reg", "set", word}).subcommand->name, "reg set");
     EXPECT_FALSE(Parsed({"reg", "get", "K", word}).help);
     EXPECT_FALSE(Parsed({"reg", "ls", "--", word}).help);

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "cli/BoardHelp.h"
+#include "cli/TraceHelp.h"
 
 #ifndef QORLIX_VERSION
 #error "the build tells the version"
@@ -15,7 +16,7 @@ constexpr char kIntroduction[] =
     "qorlixctl talks to QorlixSRV, the privileged helper server of the communication stack, over\n"
     "its local pipe: it starts and stops the server, edits the stack's part of the registry "
     "through\n"
-    "it, shows boards and devices, and sends it any request.\n"
+    "it, shows boards and devices, sends it any request, and reads its trace.\n"
     "\n"
     "usage: qorlixctl [OPTIONS] COMMAND [ARGUMENTS]\n";
 
@@ -32,7 +33,7 @@ constexpr char kExitCodes[] =
     "Exit codes:\n"
     "  0  the server did it: its result is 0\n"
     "  1  the server answered another result, or its process ended before it was ready\n"
-    "  2  the command line is wrong; nothing was sent\n"
+    "  2  the command line is wrong, or names what is not there; nothing was sent\n"
     "  3  the server was not reached, was busy, or did not send a whole reply\n";
 
 constexpr char kFirstSteps[] =
@@ -69,6 +70,7 @@ constexpr struct {
     {"reg", "reg get", kRegistry},
     {"board", "board installed", kBoard},
     {"device", "device state", kDevice},
+    {"trace", "trace dump", kTraceGroup},
 };
 
 std::string UsageOf(const Subcommand& subcommand) {
@@ -113,6 +115,7 @@ std::string SubcommandHelp(const Subcommand& subcommand) {
   if ((subcommand.options & kTakesBase) != 0) help += " [--base [ROOT]]";
   if ((subcommand.options & kTakesServer) != 0) help += " [--server PATH] [--stay]";
   if ((subcommand.options & kTakesFor) != 0) help += " [--for SECONDS]";
+  if ((subcommand.options & kTakesReport) != 0) help += " -o OUT [--title TEXT] [--force]";
   help += std::string(" [OPTIONS]\n\n") + subcommand.summary + ".\n\n" + subcommand.details;
   return help + '\n' + kOptions;
 }

@@ -59,6 +59,15 @@ bool Write(DWORD which, std::FILE* stream, const std::string& text) {
          std::fflush(stream) == 0;
 }
 
+// Older consoles, and those that output goes past, would show the codes instead.
+bool ShowsColors() {
+  constexpr DWORD kVirtualTerminal = 0x0004;
+  const HANDLE handle = GetStdHandle(STD_OUTPUT_HANDLE);
+  DWORD mode = 0;
+  if (GetConsoleMode(handle, &mode) == FALSE) return false;
+  return SetConsoleMode(handle, mode | kVirtualTerminal) != FALSE;
+}
+
 bool writable = true;
 
 void WriteBoth(cli::Output& output) {
@@ -73,6 +82,7 @@ int Run(int count, wchar_t** words) {
   for (int i = 1; i < count; ++i) utf8.push_back(Utf8(words[i]));
   cli::Output output;
   output.write = WriteBoth;
+  output.terminal = ShowsColors();
   const int exitCode = cli::RunCtl(utf8, output);
   output.Write();
   if (writable) return exitCode;

@@ -4,6 +4,7 @@
 
 #include "cli/Actions.h"
 #include "cli/BoardHelp.h"
+#include "cli/TraceHelp.h"
 
 namespace cli {
 namespace {
@@ -159,6 +160,20 @@ constexpr char kRaw[] =
     "  qorlixctl raw \"1500 08000000 534F465457415245 00000000\"\n"
     "                                         Reg_EnumKey of \"SOFTWARE\", index 0\n";
 
+constexpr char kTraceReport[] =
+    "Makes one HTML page of trace files: a summary, a time line of connections and functions, how\n"
+    "long requests took, and the lines themselves with a filter. The page needs a browser and\n"
+    "nothing else; it fetches nothing, so it can be sent on as it is. It holds everything that "
+    "the\n"
+    "trace holds: look at that before you do. The two files of a pair are put in order.\n"
+    "\n"
+    "  -o OUT         the page to write; replaces an earlier report, but no other file\n"
+    "  --title TEXT   the heading, if it is not to be the name of the first file\n"
+    "  --force        replace OUT whatever it is, unless it is one of the traces\n"
+    "\n"
+    "Example:\n"
+    "  qorlixctl trace report C:\\TMP\\ZqFILE1.TRC C:\\TMP\\ZqFILE2.TRC -o report.html\n";
+
 constexpr char kCodes[] =
     "Lists the result codes that have a name: those of the server, 8601 to 8620, and the usual "
     "ones\n"
@@ -219,6 +234,20 @@ constexpr Subcommand kSubcommands[] = {
      kDeviceInfo, DeviceInfoAction},
     {"check", "", 0, 0, 0, "Bring logical names and devices into order", kCheck, CheckAction},
     {"raw", "HEX...", 1, kNoLimit, 0, "Send any request and explain the reply", kRaw, RawAction},
+    {"trace show", "", 0, 0, 0, "Show the trace configuration and what it does", kTraceShow,
+     TraceShowAction},
+    {"trace set", "NAME VALUE", 2, 2, 0, "Write a value of the trace configuration", kTraceSet,
+     TraceSetAction},
+    {"trace refresh", "", 0, 0, 0, "Make all that trace read it again", kTraceRefresh,
+     TraceRefreshAction},
+    {"trace follow", "[FILE]", 0, 1, kTakesLines | kTakesColor | kTakesFor,
+     "Show trace lines as they come", kTraceFollow, TraceFollowAction},
+    {"trace dump", "[FILE...]", 0, kNoLimit, kTakesLines | kTakesColor, "Show a whole trace",
+     kTraceDump, TraceDumpAction},
+    {"trace stats", "[FILE...]", 0, kNoLimit, kTakesLines, "Count a trace by function", kTraceStats,
+     TraceStatsAction},
+    {"trace report", "FILE...", 1, kNoLimit, kTakesReport, "Make an HTML page of trace files",
+     kTraceReport, TraceReportAction},
     {"codes", "", 0, 0, 0, "List the result codes", kCodes, CodesAction},
     {"commands", "", 0, 0, 0, "List the server's commands", kCommands, CommandsAction},
     {"help", "[COMMAND]", 0, 2, 0, "Explain the program or a command", kHelp, HelpAction},

@@ -22,6 +22,7 @@ struct Output {
   std::string out;
   std::string err;
   void (*write)(Output& output) = nullptr;  ///< writes both, and clears them
+  bool terminal = false;                    ///< `out` goes to one that understands colours
 
   void Write() {
     if (write != nullptr) write(*this);
@@ -45,7 +46,20 @@ struct Subcommand {
 enum OptionBit : unsigned {
   kTakesBase = 1,
   kTakesServer = 2,  ///< --server and --stay
+  kTakesLines = 4,   ///< --level, --function, --text, --since and --ring
+  kTakesColor = 8,
   kTakesFor = 16,
+  kTakesReport = 32,  ///< -o, --title and --force
+};
+
+/// The options of the trace commands, as they were typed; empty when they were not.
+struct TraceOptions {
+  std::string level;
+  std::string function;
+  std::string text;
+  std::string since;
+  std::string color;
+  bool ring = false;
 };
 
 /// A command line, taken apart. Texts are UTF-8.
@@ -54,15 +68,19 @@ struct Invocation {
   std::vector<std::string> arguments;
   bool json = false;
   bool help = false;
-  std::string group;  ///< the first word, if it is that of a group of commands: reg, board
+  std::string group;  ///< the first word, if it is that of a group of commands: reg, trace
   bool version = false;
   std::uint32_t timeoutMs = 10000;
   std::string pipe;    ///< empty: the server's own
   std::string server;  ///< empty: the program beside this one
   bool stay = false;
-  std::uint32_t forMs = 0;  ///< 0: once
+  std::uint32_t forMs = 0;  ///< 0: not given
+  std::string output;  ///< the file to write
+  std::string title;
+  bool force = false;
   bool hasBase = false;
   std::uint32_t base = 0;
+  TraceOptions trace;
 };
 
 std::span<const Subcommand> Subcommands();

@@ -21,4 +21,12 @@ bool SetEventIfItExists(const char* name) {
   return true;
 }
 
+std::uint32_t SignalEvent(const char* name) {
+  const HANDLE event = OpenEventA(EVENT_MODIFY_STATE, /*bInheritHandle=*/FALSE, name);
+  if (event == nullptr) return GetLastError();
+  const std::uint32_t result = SetEvent(event) != FALSE ? ERROR_SUCCESS : GetLastError();
+  (void)CloseHandle(event);
+  return result;
+}
+
 }  // namespace platform

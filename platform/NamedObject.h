@@ -22,6 +22,9 @@ void ReleaseNamedMutex(HANDLE mutex);
 /// Kept: the handle is not closed, so the event lives as long as the process that set it.
 bool SetEventIfItExists(const char* name);
 
+/// Sets an event that somebody else created. \returns 0, or the platform's error code.
+std::uint32_t SignalEvent(const char* name);
+
 }  // namespace platform
 
 #endif  // PLATFORM_NAMEDOBJECT_H_

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "platform/UniqueHandle.h"
+#include "server/SrvResult.h"
 #include "trace/Zqotrc.h"
 
 namespace {
@@ -45,6 +46,23 @@ bool RegKeyExists(const char* path) {
 
 std::uint32_t RegDeleteLiteralKey(const char* name) {
   return Code(RegDeleteKeyA(HKEY_LOCAL_MACHINE, name));
+}
+
+std::uint32_t RegQueryValueLeavingKeyOpen(const char* path, const char* name, void* buffer,
+                                          std::uint32_t& size) {
+  UniqueRegKey key;
+  const std::uint32_t opened = OpenKey(path, KEY_READ, key);
+  if (opened != ERROR_SUCCESS) return opened;
+  if (key.get() == nullptr) return SRV_ERR_NO_KEY_HANDLE;
+
+  DWORD bytes = size;
+  const std::uint32_t result =
+      Code(RegQueryValueExA(key.get(), name, /*lpReserved=*/nullptr, /*lpType=*/nullptr,
+                            static_cast<BYTE*>(buffer), &bytes));
+  size = bytes;
+  // Kept: only an open that fails closes anything.
+  (void)key.release();
+  return result;
 }
 
 bool CanonicalisePath(const char* path, CanonicalPath& canonical) {

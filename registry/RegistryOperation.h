@@ -48,6 +48,14 @@ bool RegKeyExists(const char* path);
 /// the policy: for names that the server itself holds, never for a client's.
 std::uint32_t RegDeleteLiteralKey(const char* name);
 
+/// Reads a value of any type as it is stored, without a terminator of its own.
+///
+/// Kept: the key stays open once it was opened, for the life of the process.
+/// \param size bytes of `buffer` on entry, bytes stored on return
+/// \returns the registry's code, or SRV_ERR_NO_KEY_HANDLE when the key opened without a handle
+std::uint32_t RegQueryValueLeavingKeyOpen(const char* path, const char* name, void* buffer,
+                                          std::uint32_t& size);
+
 /// The platform's path canonicaliser. \returns false for a path that it does not take.
 bool CanonicalisePath(const char* path, CanonicalPath& canonical);
 

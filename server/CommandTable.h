@@ -16,7 +16,6 @@ enum class Answer {
 struct CommandRow {
   CommandCode code;
   Answer answer;
-  /// Null for a command that this server does not offer; it is answered as an unknown one.
   SrvResult (CQorlixSRVPipe::*handler)(int conId);
 };
 

@@ -12,7 +12,7 @@ void CQorlixSRVPipe::Dispatch(int conId, SrvResult& lResult, SrvResult& sendResu
   // A code that could not be read is 0, and no command has that. Its answer is followed by the
   // reader's result, which the loop sends.
   const CommandRow* const command = FindCommand(opCode);
-  if (command == nullptr || command->handler == nullptr) {
+  if (command == nullptr) {
     sendResult = Send(conId, SRV_ERR_UNKNOWN_COMMAND);
     return;
   }

@@ -33,10 +33,13 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
   const DWORD error = GetLastError();
   if (mutex == nullptr) {
     ZQ_TRACE(TRC_ERROR, kFct, "Couldn't CreateMutex! LastError = %d", static_cast<int>(error));
+    // Here as below: whoever has joined the ring leaves it, or it counts one process for ever.
+    zqotrc::ShutDown();
     return static_cast<int>(error);
   }
   if (error == ERROR_ALREADY_EXISTS) {
     ZQ_TRACE(TRC_ERROR, kFct, "Couldn't CreateMutex because ERROR_ALREADY_EXISTS");
+    zqotrc::ShutDown();
     (void)CloseHandle(mutex);
     return static_cast<int>(error);
   }

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "actions/RestartResults.h"
 #include "board/boardsvc32.h"
 #include "maintenance/StartupRun.h"
 #include "platform/GuardedCall.h"
@@ -31,7 +32,8 @@ constexpr int kConnectAttempts = 8;
 
 }  // namespace
 
-CQorlixSRVPipe::CQorlixSRVPipe(SECURITY_ATTRIBUTES* pipeSecurity) : pipeSecurity_(pipeSecurity) {
+CQorlixSRVPipe::CQorlixSRVPipe(SECURITY_ATTRIBUTES* pipeSecurity)
+    : pipeSecurity_(pipeSecurity), restartResults_(std::make_shared<RestartResults>()) {
   for (PipeInstance& pipe : Pipe) {
     pipe.hPipe = nullptr;
     pipe.cbToWrite = 0;

@@ -2,10 +2,13 @@
 #define SERVER_QORLIXSRVPIPE_H_
 
 #include <cstdint>
+#include <memory>
 
 #include "platform/WinTypes.h"
 #include "server/PipeInstance.h"
 #include "server/SrvResult.h"
+
+class RestartResults;
 
 /// The server: a pool of 64 overlapped pipe instances, served by the one thread that calls
 /// StartSRV.
@@ -237,6 +240,43 @@ class CQorlixSRVPipe {
   /// first area, buffer of 4 bytes, buffer second area, two longs; else Send(long).
   SrvResult GetBoardInformation(int conId);
 
+  // --- Installation and maintenance actions (actions/) ---
+
+  /// Command 5. Request: string device id (at most 259 bytes), string language extension (at most
+  /// 259 bytes, may be absent). Runs the installer that the device's registry key names, from the
+  /// system directory and without a guard, then the plausibility check. Reply: Send(long), by the
+  /// loop, with the installer's result or the code of the step that failed (87: no device id).
+  SrvResult Install(int conId);
+  /// Command 6. As command 5 with a third string, the board (may be absent), and the deinstaller.
+  /// Its library stays loaded, and no check follows.
+  SrvResult Deinstall(int conId);
+  /// Command 15. Request: string service, string INF file, string third (each at most 259 bytes,
+  /// may be absent), long mode. Reply: Send(long), then that again followed by the loop's
+  /// Send(long): the library's result, 0 when it lacks the export, 8604 when it raised. When it
+  /// cannot be loaded a message box says so, and the one reply is 0.
+  SrvResult InstallWdmDriver_32(int conId);
+  /// Command 17. No fields. Reply: as command 15; 0 when the panel reports success, else the error
+  /// that the look-up of its export left.
+  SrvResult RunOnlinePanel_32(int conId);
+  /// Command 288. Request: string log device, string event name (each at most 259 bytes). Starts a
+  /// worker that restarts the board, files the result under the event name and sets that event.
+  /// Reply: Send(long) with 0 once the worker runs; 87 for an absent text, 8602 when no worker can
+  /// be started, both by the loop.
+  SrvResult SilentRestart(int conId);
+  /// Command 289. Request: string event name. Reply: Send(long) with the first result filed under
+  /// it, which is taken off the list, or 259.
+  SrvResult GetSilentRestartResult(int conId);
+  /// Command 12. Request: long address, mask, interface index. Reply: Send(long, long, long), by
+  /// the loop, with the result and the context and instance of the address; a failure is followed
+  /// by the same again and Send(long). 8603 without library, 8601 without export, 8604 if it
+  /// raised.
+  SrvResult AddIpAddress(int conId);
+  /// Command 13. Request: long context. Reply: Send(long), by the loop; codes as command 12.
+  SrvResult DelIpAddress(int conId);
+  /// Command 240. Request: string text (at most 259 bytes; absent is empty). Shows it in a message
+  /// box and waits until that is closed. Reply: Send(long, TCHAR) with 999 and the text.
+  SrvResult TestFunction(int conId);
+
  private:
   // What the loop does with an instance after its pending operation has been looked at.
   enum class Next { Act, NextPass, EndLoop };
@@ -262,6 +302,8 @@ class CQorlixSRVPipe {
   std::uint64_t retryAt_ = 0;  // clock time at which they are tried again
   bool shutdown_ = false;
   std::uint32_t outputs_[2] = {};  // of a command that the dispatch answers with outputs
+  // Shared with the workers of silent restarts, so it lives as long as the last of them.
+  const std::shared_ptr<RestartResults> restartResults_;
 };
 
 #endif  // SERVER_QORLIXSRVPIPE_H_

@@ -17,6 +17,9 @@ CONTRACT = ["server/QorlixSRVPipe.h", "server/PipeInstance.h", "server/SrvResult
 PRIMITIVES = ["registry/RegistryOperation.h", "registry/RegistryPolicy.h",
               "registry/ProductInformation.h", "registry/OsName.h"]
 LOW = ["platform", "trace"]
+# What a reader of traces shares with their writer: layouts and arithmetic, nothing that writes.
+TRACE_FORMATS = ["trace/TraceConfig.h", "trace/TraceFilter.h", "trace/TraceHost.h",
+                 "trace/TraceRecord.h", "trace/TraceRing.h", "trace/TraceText.h"]
 COMMANDS = LOW + CONTRACT + PRIMITIVES + ["codec"]
 ALLOWED = {
     "platform": [],
@@ -27,9 +30,10 @@ ALLOWED = {
     "board": COMMANDS,
     "actions": COMMANDS,
     "maintenance": COMMANDS,
-    "server": COMMANDS + ["board/boardsvc32.h", "maintenance"],
+    "server": COMMANDS + ["board/boardsvc32.h", "actions/RestartResults.h", "maintenance"],
     "client": ["codec/Wire.h", "server/CommandCode.h", "server/SrvResult.h"],
-    "cli": ["client"],
+    "traceview": ["platform", "client/CommandInfo.h"] + TRACE_FORMATS,
+    "cli": ["client", "traceview", "trace/TraceConfig.h", "trace/TraceHost.h"],
     "standins": ["board/boardsvc32.h"],
 }
 # The contract headers hold declarations only and stand below everything that uses them.
@@ -40,7 +44,7 @@ FREE = {"tests", "bench", "fuzz"}  # may look at everything
 
 
 def is_test(path: pathlib.Path) -> bool:
-    return path.stem.endswith("Test") or "testing" in path.parts
+    return path.stem.endswith(("Test", "Fixture")) or "testing" in path.parts
 
 
 def core_files(folder: pathlib.Path) -> set:

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "platform/GuardedCall.h"
+#include "platform/SystemPath.h"
 #include "trace/TraceOutputs.h"
 
 namespace zqotrc {
@@ -31,12 +32,10 @@ constexpr std::uint32_t kRaised = 0xFFFFFFFF;
 }  // namespace
 
 std::string_view CommonProgramFiles() {
-  static char folder[MAX_PATH] = "";
-  if (SHGetSpecialFolderPathA(/*hwnd=*/nullptr, folder, CSIDL_PROGRAM_FILES_COMMON,
-                              /*fCreate=*/FALSE) == FALSE) {
-    return {};
-  }
-  return folder;
+  // Found once, for an engine that does not open asks for it at every line.
+  static platform::PathBuffer found = "";
+  if (found[0] == '\0') (void)platform::SpecialFolder(CSIDL_PROGRAM_FILES_COMMON, found);
+  return found;
 }
 
 bool LoadEngine(const char* path) {

@@ -84,6 +84,13 @@ TEST(TraceChild, DISABLED_WritesTwoLinesToTheEngine) {
   zqotrc::ShutDown();
 }
 
+TEST(TraceChild, DISABLED_KeepsTheEngineBehindItsShutDown) {
+  zqotrc::Initialise(/*security=*/nullptr, "zqserver_level");
+  ZQ_TRACE(TRC_PROGRESS, "f", "text");
+  zqotrc::ShutDown();
+  EXPECT_NE(GetModuleHandleA("ZqTraceEngineX.dll"), nullptr);
+}
+
 TEST_F(TraceEngineWinTest, LinesGoToTheEngine) {
   Install("ZqTraceEngineX.dll");
   EXPECT_TRUE(ChildProcess(kChild).Passed());
@@ -110,6 +117,14 @@ TEST_F(TraceEngineWinTest, MissingExportsAreReportedAndNothingIsCalled) {
   EXPECT_NE(reports.find("TraceWrite"), std::string::npos) << reports;
   EXPECT_NE(reports.find("TraceCommand"), std::string::npos) << reports;
   EXPECT_EQ(reports.find("TraceClose"), std::string::npos) << reports;
+}
+
+TEST_F(TraceEngineWinTest, KeptTheLibraryStaysLoadedWhateverBecomesOfIt) {
+  for (const char* name : {"ZqTraceEngineX.dll", "ZqTraceEngineXIncomplete.dll"}) {
+    Install(name);
+    EXPECT_TRUE(ChildProcess("TraceChild.DISABLED_KeepsTheEngineBehindItsShutDown").Passed())
+        << name;
+  }
 }
 
 TEST_F(TraceEngineWinTest, AnEngineThatDoesNotOpenIsTriedAtEveryLineAndReportedOnce) {

@@ -7,7 +7,6 @@
 
 namespace {
 
-constexpr char kKey[] = "Software\\VESMARK\\NORVA\\TrcParams";
 constexpr DWORD kChildTimeout = 60000;
 
 }  // namespace
@@ -17,7 +16,6 @@ TraceWinFixture::TraceWinFixture() {
   (void)GetTempPathA(sizeof(temporary), temporary);
   folder_ = std::string(temporary) + "qorlix_trace_" + std::to_string(GetCurrentProcessId());
   (void)CreateDirectoryA(folder_.c_str(), nullptr);
-  RemoveKey();
   SetText("Level", "0xFFFFFFFF");
   SetText("zqserver_level", "0xFFFFFFFF");
 }
@@ -30,20 +28,6 @@ TraceWinFixture::~TraceWinFixture() {
   for (const int index : {1, 2}) (void)DeleteFileA(FileName(index).c_str());
   (void)RemoveDirectoryA(folder_.c_str());
 }
-
-void TraceWinFixture::SetText(const std::string& name, const std::string& text) {
-  SetRaw(name, REG_SZ, text + '\0');
-}
-
-void TraceWinFixture::SetRaw(const std::string& name, std::uint32_t type, const std::string& data) {
-  HKEY key = nullptr;
-  (void)RegCreateKeyA(HKEY_LOCAL_MACHINE, kKey, &key);
-  (void)RegSetValueExA(key, name.c_str(), 0, type, reinterpret_cast<const BYTE*>(data.data()),
-                       static_cast<DWORD>(data.size()));
-  (void)RegCloseKey(key);
-}
-
-void TraceWinFixture::RemoveKey() { (void)RegDeleteTreeA(HKEY_LOCAL_MACHINE, kKey); }
 
 void TraceWinFixture::ConfigureFiles() {
   SetText("Output", "FILE");

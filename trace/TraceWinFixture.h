@@ -7,6 +7,7 @@
 #include <string>
 
 #include "platform/WinTypes.h"
+#include "tests/support/RegistryKeyScratch.h"
 #include "trace/Zqotrc.h"
 
 /// The facility on the real machine: a configuration in the registry, a folder for files, and this
@@ -19,9 +20,11 @@ class TraceWinFixture : public testing::Test {
   TraceWinFixture();
   ~TraceWinFixture() override;
 
-  static void SetText(const std::string& name, const std::string& text);
-  static void SetRaw(const std::string& name, std::uint32_t type, const std::string& data);
-  static void RemoveKey();
+  void SetText(const std::string& name, const std::string& text) { key_.SetText(name, text); }
+  void SetRaw(const std::string& name, std::uint32_t type, const std::string& data) {
+    key_.SetRaw(name, type, data);
+  }
+  void RemoveKey() { key_.Remove(); }
 
   /// Lines go to files below the folder, in the text layout.
   void ConfigureFiles();
@@ -33,6 +36,7 @@ class TraceWinFixture : public testing::Test {
   const std::string& folder() const { return folder_; }
 
  private:
+  RegistryKeyScratch key_{kTraceKey};
   std::string folder_;
 };
 

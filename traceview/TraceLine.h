@@ -5,6 +5,7 @@
 /// in. Reading never fails: a line that has no known layout keeps its whole content as text.
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,13 +39,21 @@ struct TraceLine {
   std::uint32_t line = 0;
   std::string function;  ///< without the colon and blanks at its end: "Reg_SetValue"
   std::string text;
-  std::uint32_t source = 0;  ///< index of the file that it was read from
+  std::uint32_t source = 0;  ///< tells the lines of one file from those of another
 };
 
 /// Takes one line apart, without its line end.
 TraceLine ParseTraceLine(std::string_view raw);
 
-/// What a level code stands for: "FR" is "result or error"...; the code itself when unknown.
+/// What a level code stands for. Only the bits 8, 16, 64 and 128 are the server's and have a name.
+struct LevelCodeInfo {
+  std::string_view code;  ///< as it stands in the column
+  std::uint32_t bits;     ///< all bits for "??", which may stand for any mixture
+  std::string_view name;  ///< "error"; "bit 5" where no name is known
+};
+std::span<const LevelCodeInfo> LevelCodes();
+
+/// The name of a level code: "FR" is "error"; the code itself when it is unknown.
 std::string_view LevelName(std::string_view code);
 
 /// Reads whole trace files, in the order in which their lines were written: a pair "X1.TRC" and

@@ -31,7 +31,7 @@ std::unique_ptr<Machine> g_machine;  // guarded by g_mutex
 
 // Relative to the inventory's folder, so that both can be moved together.
 std::string LogPath(const std::string& inventory, const std::string& named) {
-  const std::string variable = host::Environment(kLogVariable);
+  std::string variable = host::Environment(kLogVariable);
   if (!variable.empty()) return variable;
   if (named.empty() || host::IsAbsolute(named)) return named;
   const std::size_t separator = inventory.find_last_of("\\/");

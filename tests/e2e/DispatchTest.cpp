@@ -3,13 +3,15 @@
 #include <algorithm>
 #include <iterator>
 
-#include "tests/e2e/CommandsToCome.h"
 #include "tests/e2e/SharedServerTest.h"
 
 namespace e2e {
 namespace {
 
-constexpr std::uint32_t kServedCodes[] = {1, 2, 3, 16, 18, 21, 22, 23, 28, 29, 30, 253};
+constexpr std::uint32_t kServedCodes[] = {1,   2,   3,   5,   6,   12,  13,  15,  16,  17,
+                                          18,  21,  22,  23,  28,  29,  30,  88,  163, 191,
+                                          192, 193, 194, 195, 196, 197, 199, 200, 201, 207,
+                                          240, 253, 256, 257, 258, 288, 289, 290, 292};
 
 Bytes Code(std::uint32_t code) { return Long(code).substr(0, 2); }
 
@@ -53,15 +55,6 @@ TEST_F(DispatchTest, BothBytesOfTheCodeCount) {
   EXPECT_TRUE(client_.Answers(Wire("FD01 FD000000"), kUnknown));
 }
 
-TEST_F(DispatchTest, CommandsThatAreYetToComeAreUnknown) {
-  for (const auto& [code, name] : kCommandsToCome) {
-    EXPECT_TRUE(client_.Answers(Code(code), kUnknown)) << name;
-    EXPECT_TRUE(
-        client_.Answers(Code(code) + Wire("01000000 'A' 01000000 'B' 00200000 00200000"), kUnknown))
-        << name;
-  }
-}
-
 TEST_F(DispatchTest, EveryLowCodeWithoutCommandIsUnknown) {
   for (std::uint32_t code = 0; code < 0x400; ++code) ExpectUnknownUnlessServed(code);
   EXPECT_TRUE(client_.IsServed());
@@ -70,7 +63,7 @@ TEST_F(DispatchTest, EveryLowCodeWithoutCommandIsUnknown) {
 TEST_F(DispatchTest, EveryCodeThatEndsLikeAServedOneIsUnknown) {
   for (const std::uint32_t served : kServedCodes) {
     for (std::uint32_t high = 0x100; high <= 0xFF00; high += 0x100) {
-      ExpectUnknownUnlessServed(served + high);
+      ExpectUnknownUnlessServed((served + high) & 0xFFFF);
     }
   }
   EXPECT_TRUE(client_.IsServed());

@@ -33,6 +33,9 @@ class ServerProcess {
 
   bool IsRunning() const;
 
+  /// The number that the system knows it by.
+  std::uint32_t Id() const { return id_; }
+
   /// \returns the exit code, nothing if it still runs after the time.
   std::optional<std::uint32_t> ExitCode(std::uint32_t milliseconds) const;
 

@@ -1,5 +1,6 @@
 #include "tests/fakes/FakeNamedObject.h"
 
+#include <mutex>
 #include <set>
 
 #include "platform/NamedObject.h"
@@ -14,17 +15,28 @@ struct State {
   bool mutexes = true;
 } g_state;
 
+std::mutex g_eventMutex;  // workers set events, too
+
 int g_mutex = 0;
 
 }  // namespace
 
 namespace fake_named_object {
 
-void Reset() { g_state = {}; }
-std::vector<std::string> Calls() { return g_state.calls; }
+void Reset() {
+  const std::lock_guard<std::mutex> lock(g_eventMutex);
+  g_state = {};
+}
+std::vector<std::string> Calls() {
+  const std::lock_guard<std::mutex> lock(g_eventMutex);
+  return g_state.calls;
+}
 void AnswerWait(std::uint32_t result) { g_state.waitResult = result; }
 void RefuseMutexes() { g_state.mutexes = false; }
-void OfferEvent(const std::string& name) { g_state.events.insert(name); }
+void OfferEvent(const std::string& name) {
+  const std::lock_guard<std::mutex> lock(g_eventMutex);
+  g_state.events.insert(name);
+}
 
 }  // namespace fake_named_object
 
@@ -49,4 +61,11 @@ bool platform::SetEventIfItExists(const char* name) {
   const NotOurs notOurs;
   g_state.calls.push_back(std::string("set ") + name);
   return g_state.events.count(name) != 0;
+}
+
+std::uint32_t platform::SignalEvent(const char* name) {
+  const NotOurs notOurs;
+  const std::lock_guard<std::mutex> lock(g_eventMutex);
+  g_state.calls.push_back(std::string("signal ") + name);
+  return g_state.events.count(name) != 0 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
 }

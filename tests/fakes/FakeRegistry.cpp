@@ -239,3 +239,19 @@ std::uint32_t RegDeleteLiteralKey(const char* name) {
   Key& root = fake_registry::Root();
   return root.subkeys.erase(fake_registry::Fold(name)) != 0 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
 }
+
+std::uint32_t RegQueryValueLeavingKeyOpen(const char* path, const char* name, void* buffer,
+                                          std::uint32_t& size) {
+  const NotOurs notOurs;
+  Called();
+  Key* const key = fake_registry::Find(path);
+  if (key == nullptr) return ERROR_FILE_NOT_FOUND;
+  const auto found = key->values.find(fake_registry::Fold(name));
+  if (found == key->values.end()) return ERROR_FILE_NOT_FOUND;
+  const Bytes& data = found->second.data;
+  const std::uint32_t room = size;
+  size = static_cast<std::uint32_t>(data.size());
+  if (size > room) return ERROR_MORE_DATA;
+  if (!data.empty()) std::memcpy(buffer, data.data(), data.size());
+  return ERROR_SUCCESS;
+}

@@ -13,7 +13,7 @@ class NotOurs {
   static bool Inside() { return depth_ != 0; }
 
  private:
-  static inline int depth_ = 0;
+  static inline thread_local int depth_ = 0;  // workers use fakes, too
 };
 
 #endif  // TESTS_FAKES_NOTOURS_H_

@@ -1,0 +1,13 @@
+#include "tests/fakes/FakeMessageBox.h"
+
+#include "tests/fakes/NotOurs.h"
+
+std::vector<fake_message_box::Box>& fake_message_box::Shown() {
+  static std::vector<Box> shown;
+  return shown;
+}
+
+void platform::ShowMessageBox(const char* text, const char* caption, BoxStyle style) {
+  const NotOurs notOurs;
+  fake_message_box::Shown().push_back({text, caption, style});
+}

@@ -1,0 +1,16 @@
+#ifndef TESTS_FAKES_FAKETRACEACCESS_H_
+#define TESTS_FAKES_FAKETRACEACCESS_H_
+
+#include <cstdint>
+#include <vector>
+
+/// What the native twin of traceview/TraceAccess.cpp shows.
+struct FakeTraceAccess {
+  std::vector<std::uint32_t> ring;  ///< the mapped memory; empty: there is no ring
+  bool hasGeneration = false;
+  std::uint32_t generation = 0;
+  std::int64_t now = 0;
+};
+FakeTraceAccess& TheTraceAccess();
+
+#endif  // TESTS_FAKES_FAKETRACEACCESS_H_
