@@ -44,6 +44,15 @@ int TraceFollowAction(const Invocation& invocation, Output& output);
 int TraceDumpAction(const Invocation& invocation, Output& output);
 int TraceStatsAction(const Invocation& invocation, Output& output);
 
+int InstallAction(const Invocation& invocation, Output& output);
+int DeinstallAction(const Invocation& invocation, Output& output);
+int DriverInstallAction(const Invocation& invocation, Output& output);
+int PanelAction(const Invocation& invocation, Output& output);
+int RestartAction(const Invocation& invocation, Output& output);
+int IpAddAction(const Invocation& invocation, Output& output);
+int IpDeleteAction(const Invocation& invocation, Output& output);
+int TestAction(const Invocation& invocation, Output& output);
+
 int RawAction(const Invocation& invocation, Output& output);
 
 int TraceReportAction(const Invocation& invocation, Output& output);
