@@ -18,6 +18,13 @@ int RegUnsetAction(const Invocation& invocation, Output& output);
 int RegCreateAction(const Invocation& invocation, Output& output);
 int RegDeleteAction(const Invocation& invocation, Output& output);
 
+int TraceShowAction(const Invocation& invocation, Output& output);
+int TraceSetAction(const Invocation& invocation, Output& output);
+int TraceRefreshAction(const Invocation& invocation, Output& output);
+int TraceFollowAction(const Invocation& invocation, Output& output);
+int TraceDumpAction(const Invocation& invocation, Output& output);
+int TraceStatsAction(const Invocation& invocation, Output& output);
+
 int BoardListAction(const Invocation& invocation, Output& output);
 int BoardInstalledAction(const Invocation& invocation, Output& output);
 int BoardAvailableAction(const Invocation& invocation, Output& output);
@@ -37,12 +44,6 @@ int DeviceUnwatchAction(const Invocation& invocation, Output& output);
 int DeviceChangesAction(const Invocation& invocation, Output& output);
 int DeviceInfoAction(const Invocation& invocation, Output& output);
 int CheckAction(const Invocation& invocation, Output& output);
-int TraceShowAction(const Invocation& invocation, Output& output);
-int TraceSetAction(const Invocation& invocation, Output& output);
-int TraceRefreshAction(const Invocation& invocation, Output& output);
-int TraceFollowAction(const Invocation& invocation, Output& output);
-int TraceDumpAction(const Invocation& invocation, Output& output);
-int TraceStatsAction(const Invocation& invocation, Output& output);
 
 int InstallAction(const Invocation& invocation, Output& output);
 int DeinstallAction(const Invocation& invocation, Output& output);

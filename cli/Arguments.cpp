@@ -86,7 +86,7 @@ class Parser {
     if (name == "--since") return TakeText(name, invocation_.trace.since);
     if (name == "--ring") return TakeFlag(name, invocation_.trace.ring);
     if (name == "--color") return TakeColor();
-    if (name == "--for") return TakeSeconds(name, invocation_.forMs);
+    if (name == "--for") return TakeSeconds(name, invocation_.trace.forMs);
     if (name == "--language") return TakeText(name, invocation_.action.language);
     if (name == "--board") return TakeText(name, invocation_.action.board);
     if (name == "--mode") return TakeMode();
@@ -221,7 +221,7 @@ class Parser {
         {!given.since.empty(), kTakesLines, "--since"},
         {given.ring, kTakesLines, "--ring"},
         {!given.color.empty(), kTakesColor, "--color"},
-        {invocation_.forMs != 0, kTakesFor, "--for"},
+        {given.forMs != 0, kTakesFor, "--for"},
         {!action.language.empty(), kTakesLanguage, "--language"},
         {!action.board.empty(), kTakesBoard, "--board"},
         {action.hasMode, kTakesMode, "--mode"},

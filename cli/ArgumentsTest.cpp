@@ -89,7 +89,7 @@ TEST(ArgumentsTest, TraceOptionsAreTakenWhereTheyMeanSomething) {
   EXPECT_EQ(follow.trace.since, "10m");
   EXPECT_EQ(follow.trace.color, "always");
   EXPECT_TRUE(follow.trace.ring);
-  EXPECT_EQ(follow.forMs, 500u);
+  EXPECT_EQ(follow.trace.forMs, 500u);
   EXPECT_NE(ErrorOf({"ping", "--level", "error"}).find("ping does not take --level"),
             std::string::npos);
   EXPECT_NE(ErrorOf({"trace", "dump", "--for", "1"}).find("--for"), std::string::npos);

@@ -205,13 +205,13 @@ int DeviceChangesAction(const Invocation& invocation, Output& output) {
   Report report(invocation, output);
   const auto client = MakeClient(invocation);
   BoardCalls calls(*client);
-  const client::Deadline deadline(invocation.forMs);
+  const client::Deadline deadline(invocation.trace.forMs);
   report.Json().Name("changes").Open('[');
   std::uint32_t count = 0;
   client::DeviceChange change;
   Result result;
   for (;;) {
-    const std::uint32_t left = invocation.forMs == 0 ? 0 : deadline.LeftMs();
+    const std::uint32_t left = invocation.trace.forMs == 0 ? 0 : deadline.LeftMs();
     result = Drain(report, calls, deviceId, count, change);
     // The last look is after the time is up, so that nothing of it is missed.
     if (!result.is(client::kNoMoreItems) || left == 0) break;

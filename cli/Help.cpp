@@ -119,8 +119,8 @@ std::string SubcommandHelp(const Subcommand& subcommand) {
   std::string help = "usage: qorlixctl " + UsageOf(subcommand);
   if ((subcommand.options & kTakesBase) != 0) help += " [--base [ROOT]]";
   if ((subcommand.options & kTakesServer) != 0) help += " [--server PATH] [--stay]";
-  if ((subcommand.options & kTakesFor) != 0) help += " [--for SECONDS]";
   if ((subcommand.options & kTakesReport) != 0) help += " -o OUT [--title TEXT] [--force]";
+  if ((subcommand.options & kTakesFor) != 0) help += " [--for SECONDS]";
   if ((subcommand.options & kTakesLanguage) != 0) help += " [--language EXT]";
   if ((subcommand.options & kTakesBoard) != 0) help += " [--board BOARD]";
   if ((subcommand.options & kTakesMode) != 0) help += " [--mode N]";

@@ -64,6 +64,7 @@ struct TraceOptions {
   std::string since;
   std::string color;
   bool ring = false;
+  std::uint32_t forMs = 0;  ///< of `trace follow`, 0: until it is interrupted; of `device changes`
 };
 
 /// The options of the commands that install and restart; empty or 0 when they were not given.
@@ -83,14 +84,13 @@ struct Invocation {
   std::vector<std::string> arguments;
   bool json = false;
   bool help = false;
-  std::string group;  ///< the first word, if it is that of a group of commands: reg, trace
+  std::string group;  ///< the first word, if it is that of a group of commands: reg, board
   bool version = false;
   std::uint32_t timeoutMs = 10000;
   std::string pipe;    ///< empty: the server's own
   std::string server;  ///< empty: the program beside this one
   bool stay = false;
-  std::uint32_t forMs = 0;  ///< 0: not given
-  std::string output;       ///< the file to write
+  std::string output;  ///< the file to write
   std::string title;
   bool force = false;
   bool hasBase = false;

@@ -43,7 +43,7 @@ class Follower {
   std::string Run(Look look) {
     const InterruptGuard guard;
     const auto start = std::chrono::steady_clock::now();
-    const std::chrono::milliseconds most(invocation_.forMs);
+    const std::chrono::milliseconds most(invocation_.trace.forMs);
     for (;;) {
       // The last look comes behind the end, so that nothing of the time is missed.
       const bool last = g_interrupted != 0 ||

@@ -42,3 +42,10 @@ function(qorlix_test target)
   target_precompile_headers(${target} REUSE_FROM qorlix_test_headers)
   add_test(NAME ${target} COMMAND ${target})
 endfunction()
+
+# A test program that shows windows, or starts one that does. Under Wine it gets a screen and a
+# prefix of its own (tools/wine-run.sh), and these programs take turns.
+function(qorlix_needs_display target)
+  set_property(TEST ${target} APPEND PROPERTY ENVIRONMENT QORLIX_DISPLAY=1)
+  set_property(TEST ${target} APPEND PROPERTY RESOURCE_LOCK display)
+endfunction()

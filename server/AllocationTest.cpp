@@ -3,6 +3,7 @@
 #include <string>
 
 #include "tests/fakes/NotOurs.h"
+#include "tests/fakes/ScriptedBoardLibrary.h"
 #include "tests/fakes/trace/FakeTrace.h"
 #include "tests/support/LoopFixture.h"
 #include "tests/support/RegistrySetup.h"
@@ -65,6 +66,54 @@ TEST_P(CommandAllocationTest, ARequestTakesNothingFromTheHeap) {
   EXPECT_EQ(AllocationsOf(GetParam()), 0);
 }
 
+// A library that fills its buffers, and a configuration that is checked and mended.
+class BoardAllocationTest : public AllocationTest, public testing::WithParamInterface<Bytes> {
+ protected:
+  BoardAllocationTest() {
+    fake_board_library::Reset();
+    registry_setup::DeleteTree(kStack);
+    registry_setup::SetValue(kStack + "\\LogNames\\a", "LogDevice", registry_setup::kSz,
+                             TextBytes("KWTUSB1,gone") + Bytes{0});
+  }
+  ~BoardAllocationTest() override {
+    fake_board_library::Reset();
+    registry_setup::DeleteTree(kStack);
+  }
+
+  // Every length that the library reports is the same.
+  static void Report(std::uint32_t length, std::uint32_t result) {
+    scripted_board_library::Install([=](const scripted_board_library::Call& call) {
+      for (const scripted_board_library::Out& out : call.outs) {
+        out.bytes[0] = 'x';
+        *out.length = length;
+      }
+      return result;
+    });
+    fake_board_library::Lib().getDeviceChange = [=](auto, auto, auto, auto, std::uint32_t* cb) {
+      *cb = length;
+      return result;
+    };
+    fake_board_library::Lib().getBoardInformation = [=](auto, auto, auto, auto) { return result; };
+  }
+
+  const std::string kStack = "SOFTWARE\\Vesmark\\NORVA";
+};
+
+TEST_P(BoardAllocationTest, ARequestTakesNothingFromTheHeap) {
+  Report(1, 0);
+  EXPECT_EQ(AllocationsOf(GetParam()), 0);
+}
+
+TEST_P(BoardAllocationTest, AnAnswerThatIsTooLongTakesNothingFromTheHeap) {
+  Report(8192, 0);
+  EXPECT_EQ(AllocationsOf(GetParam()), 0);
+}
+
+TEST_P(BoardAllocationTest, AFailureTakesNothingFromTheHeap) {
+  Report(1, 31);
+  EXPECT_EQ(AllocationsOf(GetParam()), 0);
+}
+
 const Bytes kPath = TextField(kTree);
 const Bytes kRoot = Wire("02000080");
 const Bytes kIndex = Wire("00000000");
@@ -81,5 +130,32 @@ INSTANTIATE_TEST_SUITE_P(
                     // refusals and bad fields as well
                     Wire("0200") + TextField("SOFTWARE\\Elsewhere"), Wire("1D00") + kIndex + kPath,
                     Wire("0200 FFFFFFFF")));
+
+const Bytes kText = TextField("x");
+const Bytes kRoom = Wire("00200000");
+const Bytes kAll = Wire("FFFFFFFF");
+const Bytes kGuid = Wire("33221100 5544 7766 8899AABBCCDDEEFF");
+const Bytes kOne = Wire("04000000 01000000");
+
+INSTANTIATE_TEST_SUITE_P(
+    Commands, BoardAllocationTest,
+    testing::Values(Wire("5800"), Wire("C700"), Wire("C900"), Wire("C800") + kText + kText,
+                    Wire("A300") + kText + kText + kText + kRoom,
+                    Wire("C000") + kIndex + kRoom + kRoom + kRoom + kRoom + kRoom + kRoom,
+                    Wire("C100") + kText + kIndex + kRoom + kRoom + kRoom,
+                    Wire("C200") + kIndex + kRoom + kRoom,
+                    Wire("C300") + kIndex + kText + kText + kText + kText + kRoom,
+                    Wire("C400") + kIndex + kText + kText + kText + kText + kRoom + kRoom + kRoom +
+                        kRoom,
+                    Wire("C500") + kIndex + kRoom + kRoom,
+                    Wire("CF00") + kIndex + kText + kText + kText + kRoom,
+                    Wire("CF00") + kIndex + kText + kText + kText + kAll, Wire("2401"),
+                    Wire("0001") + kText + kGuid, Wire("0101") + kText + kGuid,
+                    Wire("0201") + kText, Wire("2201") + kText + kIndex,
+                    Wire("2201") + kText + kAll,
+                    Wire("BF00") + kText + kOne + kOne + kOne + kText + kOne + kOne + kOne,
+                    // bad fields as well
+                    Wire("C100"), Wire("0001") + kText, Wire("BF00") + kText + kOne,
+                    Wire("BF00") + kText + kOne + kOne + kOne + kText + kOne + kText));
 
 }  // namespace

@@ -2,9 +2,27 @@
 # Runs one Windows program in our own Wine prefix; CTest uses it as the emulator.
 # The error stream goes to a file as well, whose name the program finds in QORLIX_STDERR_FILE:
 # that is where Wine shows what a program reported to the event log.
+#
+# With QORLIX_DISPLAY=1 the program can show windows: it runs on a virtual screen. Wine decides when
+# its server starts whether there is a screen, so such programs have a prefix and a server of their
+# own, which ends with them; they take turns.
 set -u
+if [ "${QORLIX_DISPLAY:-}" = 1 ]; then
+  root=$(cd "$(dirname "$0")/.." && pwd)
+  mkdir -p "$root/build"
+  export QORLIX_WINEPREFIX=${QORLIX_WINEPREFIX:-$root/build/wine}-display QORLIX_DISPLAY=open
+  exec flock -o "$QORLIX_WINEPREFIX.lock" xvfb-run -a -s '-screen 0 1024x768x24' "$0" "$@"
+fi
+
 . "$(dirname "$0")/wine-env.sh"
+# A crash ends a program, rather than asking somebody about it who is not there.
+[ "${QORLIX_DISPLAY:-}" != open ] || WINEDLLOVERRIDES="$WINEDLLOVERRIDES;winedbg.exe=d"
 wine_prepare
+if [ "${QORLIX_DISPLAY:-}" = open ] && [ ! -e "$WINEPREFIX/.qorlix-unmanaged" ]; then
+  # Nothing manages the windows of this screen; Wine would wait two seconds for it at every close.
+  wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1 &&
+    touch "$WINEPREFIX/.qorlix-unmanaged"
+fi
 
 QORLIX_STDERR_FILE=$(mktemp "${TMPDIR:-/tmp}/qorlix-stderr.XXXXXX")
 export QORLIX_STDERR_FILE
@@ -12,4 +30,5 @@ wine "$@" 2>>"$QORLIX_STDERR_FILE"
 code=$?
 cat "$QORLIX_STDERR_FILE" >&2
 rm -f "$QORLIX_STDERR_FILE"
+[ "${QORLIX_DISPLAY:-}" != open ] || wine_stop
 exit $code

@@ -1,7 +1,5 @@
 #include "standins/boardsvc32/CallLog.h"
 
-#include <cstdio>
-
 namespace boardsim {
 
 namespace {
@@ -26,16 +24,6 @@ std::string FormatCall(const CallRecord& call, const std::string& in, const std:
   line += std::string(" lock=") + NameOf(call.lock) + " thread=" + std::to_string(call.thread);
   if (call.faultLine != 0) line += " fault=" + std::to_string(call.faultLine);
   return line;
-}
-
-bool AppendLine(const std::string& path, const std::string& line) {
-  // Opened anew for every line, so that a test may take the file away between two calls; one write
-  // per line, so that two servers do not tear each other's lines.
-  std::FILE* const file = std::fopen(path.c_str(), "ab");
-  if (file == nullptr) return false;
-  const std::string ended = line + '\n';
-  const bool written = std::fwrite(ended.data(), 1, ended.size(), file) == ended.size();
-  return (std::fclose(file) == 0) && written;
 }
 
 }  // namespace boardsim

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "standins/boardsvc32/Arguments.h"
+#include "standins/script/LogFile.h"
 
 namespace boardsim {
 
@@ -28,9 +29,7 @@ struct CallRecord {
 /// `in` and `out` are those of Arguments. Without line end.
 std::string FormatCall(const CallRecord& call, const std::string& in, const std::string& out);
 
-/// Adds one line to a file that others may read and write meanwhile; on disk when it returns.
-/// \returns false if that failed.
-bool AppendLine(const std::string& path, const std::string& line);
+using standin::AppendLine;
 
 }  // namespace boardsim
 

@@ -9,12 +9,6 @@ namespace {
 
 constexpr std::uint32_t kLongestDelay = 600000;  // milliseconds
 
-constexpr std::array<std::pair<std::string_view, Raised>, 4> kRaised{{
-    {"access-violation", Raised::kAccessViolation},
-    {"cxx", Raised::kCxx},
-    {"divide-by-zero", Raised::kDivideByZero},
-    {"stack-overflow", Raised::kStackOverflow},
-}};
 constexpr std::array<std::pair<std::string_view, Fill>, 2> kFills{{
     {"unterminated", Fill::kUnterminated},
     {"capacity", Fill::kCapacity},
@@ -64,13 +58,6 @@ bool ReadLengths(std::string_view text, std::size_t count, Fault& fault) {
 
 }  // namespace
 
-std::string_view NameOf(Raised raised) {
-  for (const auto& [name, meaning] : kRaised) {
-    if (meaning == raised) return name;
-  }
-  return "nothing";
-}
-
 Fault ReadFault(const InventorySection& section, std::vector<InventoryError>& errors) {
   SectionReader reader(section, errors);
   Fault fault;
@@ -92,7 +79,7 @@ Fault ReadFault(const InventorySection& section, std::vector<InventoryError>& er
     reader.Complain("length", "one number, or " + std::to_string(row->lengths) +
                                   " of number or -, are the lengths of this operation");
   }
-  ReadWord(reader, "raise", kRaised, fault.raised);
+  ReadWord(reader, "raise", standin::kRaisedWords, fault.raised);
   ReadWord(reader, "fill", kFills, fault.fill);
   reader.Number("result", fault.result).Number("delay", fault.delay, kLongestDelay).End();
   return fault;

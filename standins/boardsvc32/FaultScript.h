@@ -10,11 +10,11 @@
 
 #include "standins/boardsvc32/Operation.h"
 #include "standins/boardsvc32/SectionReader.h"
+#include "standins/script/Raised.h"
 
 namespace boardsim {
 
-/// What a call raises instead of coming back.
-enum class Raised { kNothing, kAccessViolation, kCxx, kDivideByZero, kStackOverflow };
+using standin::Raised;
 
 /// What a call does to the room behind its answers. Never more than the caller's capacity.
 enum class Fill {
@@ -34,8 +34,6 @@ struct Fault {
   Fill fill = Fill::kNothing;
   std::vector<std::optional<std::uint32_t>> lengths{};  ///< reported in their order; may be fewer
 };
-
-std::string_view NameOf(Raised raised);
 
 /// Reads a section "[fault OPERATION]"; what does not fit is reported.
 Fault ReadFault(const InventorySection& section, std::vector<InventoryError>& errors);

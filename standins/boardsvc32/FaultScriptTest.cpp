@@ -48,7 +48,8 @@ TEST(FaultScriptTest, OneLengthIsForAll) {
 
 TEST(FaultScriptTest, WordsAreTheirOwnNames) {
   const std::string head = "[fault BRDX_ScanBL]\ncall=1\nraise=";
-  for (const char* const word : {"access-violation", "cxx", "divide-by-zero", "stack-overflow"}) {
+  for (const char* const word :
+       {"access-violation", "cxx", "divide-by-zero", "int-overflow", "stack-overflow"}) {
     EXPECT_EQ(NameOf(FaultOf(head + word + "\n").raised), word);
   }
   EXPECT_EQ(FaultOf("[fault BRDX_BoardGetMapBL]\ncall=1\nfill=unterminated\n").fill,
@@ -64,7 +65,8 @@ TEST(FaultScriptTest, WhatDoesNotFitIsAnError) {
     EXPECT_THAT(ErrorOf(scan + "call=" + calls + "\n"), HasSubstr("2: calls are")) << calls;
   }
   EXPECT_THAT(ErrorOf(scan + "call=1\nraise=panic\n"),
-              "3: one of these is wanted: access-violation, cxx, divide-by-zero, stack-overflow");
+              "3: one of these is wanted: access-violation, cxx, divide-by-zero, int-overflow, "
+              "stack-overflow");
   EXPECT_THAT(ErrorOf(scan + "call=1\nfill=all\n"), HasSubstr("3: one of these"));
   EXPECT_THAT(ErrorOf(scan + "call=1\nlength=1\n"), HasSubstr("3: one number, or 0"));
   EXPECT_THAT(ErrorOf(scan + "call=1\ndelay=600001\n"), HasSubstr("3: a number from 0 to 600000"));

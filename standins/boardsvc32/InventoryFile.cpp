@@ -196,7 +196,7 @@ void ReadSection(const InventorySection& section, std::array<bool, kSections.siz
 InventoryFile ParseInventory(std::string_view text) {
   InventoryFile file;
   std::array<bool, kSections.size()> seen{};
-  for (const InventorySection& section : SplitInventory(text, file.errors)) {
+  for (const InventorySection& section : standin::SplitSections(text, file.errors)) {
     ReadSection(section, seen, file);
   }
   if (!file.errors.empty()) {

@@ -47,16 +47,6 @@ bool ReadGuid(std::string_view text, BRDX_GUID& guid) {
 
 }  // namespace
 
-std::optional<std::uint32_t> ReadNumber(std::string_view text) {
-  const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
-  if (hexadecimal) text.remove_prefix(2);
-  std::uint32_t number = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number, hexadecimal ? 16 : 10);
-  if (error != std::errc() || stop != end) return std::nullopt;
-  return number;
-}
-
 SectionReader::SectionReader(const InventorySection& section, std::vector<InventoryError>& errors)
     : section_(section), errors_(errors), asked_(section.entries.size()) {}
 

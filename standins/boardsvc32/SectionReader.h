@@ -12,9 +12,6 @@
 
 namespace boardsim {
 
-/// A decimal number, or a hexadecimal one behind 0x, without sign.
-std::optional<std::uint32_t> ReadNumber(std::string_view text);
-
 /// Takes the keys of one section by name and type, and reports what does not fit.
 class SectionReader {
  public:

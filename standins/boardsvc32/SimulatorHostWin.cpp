@@ -9,7 +9,6 @@ namespace boardsim::host {
 namespace {
 
 constexpr char kBoardLock[] = "QorlixSrv_BC_Lock_Mutex";
-constexpr DWORD kForeignCxxException = 0xE06D7363;
 
 DWORD WINAPI Probe(void* raw) {
   auto& state = *static_cast<LockState*>(raw);
@@ -29,13 +28,6 @@ DWORD WINAPI Probe(void* raw) {
   }
   CloseHandle(mutex);
   return 0;
-}
-
-// Runs until the stack's guard page is hit; whoever catches that has to set it up again.
-__attribute__((noinline)) int UseUpStack(int depth) {
-  volatile char block[2048];
-  block[depth % sizeof(block)] = 1;
-  return depth == 0 ? 0 : UseUpStack(depth + 1) + block[depth % sizeof(block)];
 }
 
 // Some address inside this library, to ask which file it came from.
@@ -86,26 +78,6 @@ std::uint32_t ThreadId() { return GetCurrentThreadId(); }
 
 void Sleep(std::uint32_t milliseconds) { ::Sleep(milliseconds); }
 
-void Raise(Raised raised) {
-  // Volatile, both of them: a compiler that knows one of them finds a way without dividing.
-  volatile int one = 1;
-  volatile int zero = 0;
-  switch (raised) {
-    case Raised::kAccessViolation:
-      *reinterpret_cast<volatile int*>(zero) = 1;
-      break;
-    case Raised::kDivideByZero:
-      zero = one / zero;
-      break;
-    case Raised::kStackOverflow:
-      zero = UseUpStack(one);
-      break;
-    default:
-      RaiseException(kForeignCxxException, EXCEPTION_NONCONTINUABLE, 0, nullptr);
-  }
-  TerminateProcess(GetCurrentProcess(), EXCEPTION_NONCONTINUABLE_EXCEPTION);
-  for (;;) {
-  }
-}
+void Raise(Raised raised) { standin::RaiseNow(raised); }
 
 }  // namespace boardsim::host

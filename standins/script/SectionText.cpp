@@ -1,9 +1,9 @@
-#include "standins/boardsvc32/InventoryText.h"
+#include "standins/script/SectionText.h"
 
 #include <algorithm>
 #include <charconv>
 
-namespace boardsim {
+namespace standin {
 
 namespace {
 
@@ -68,7 +68,7 @@ const char* ReadValue(std::string_view text, std::string& value) {
 }
 
 const char* ReadSection(std::string_view line, std::size_t number,
-                        std::vector<InventorySection>& sections) {
+                        std::vector<ScriptSection>& sections) {
   if (line.back() != ']') return "the closing bracket is missing";
   const std::string_view inner = TrimBlanks(line.substr(1, line.size() - 2));
   const std::size_t blank = std::min(inner.find_first_of(kBlanks), inner.size());
@@ -78,15 +78,15 @@ const char* ReadSection(std::string_view line, std::size_t number,
 }
 
 const char* ReadEntry(std::string_view line, std::size_t number,
-                      std::vector<InventorySection>& sections) {
+                      std::vector<ScriptSection>& sections) {
   const std::size_t equals = line.find('=');
   if (equals == std::string_view::npos) return "neither a section nor \"key = value\"";
   const std::string_view key = TrimBlanks(line.substr(0, equals));
   if (!IsKey(key)) return "a key has small letters, digits and hyphens";
   if (sections.empty()) return "a key before the first section";
 
-  InventorySection& section = sections.back();
-  for (const InventoryEntry& entry : section.entries) {
+  ScriptSection& section = sections.back();
+  for (const ScriptEntry& entry : section.entries) {
     if (entry.key == key) return "this key has a value already in this section";
   }
   std::string value;
@@ -97,7 +97,7 @@ const char* ReadEntry(std::string_view line, std::size_t number,
 }
 
 const char* ReadLine(std::string_view line, std::size_t number,
-                     std::vector<InventorySection>& sections) {
+                     std::vector<ScriptSection>& sections) {
   if (std::any_of(line.begin(), line.end(), IsControl)) return "a control character";
   line = TrimBlanks(line);
   if (line.empty() || line[0] == ';' || line[0] == '#') return nullptr;
@@ -106,9 +106,8 @@ const char* ReadLine(std::string_view line, std::size_t number,
 
 }  // namespace
 
-std::vector<InventorySection> SplitInventory(std::string_view text,
-                                             std::vector<InventoryError>& errors) {
-  std::vector<InventorySection> sections;
+std::vector<ScriptSection> SplitSections(std::string_view text, std::vector<ScriptError>& errors) {
+  std::vector<ScriptSection> sections;
   for (std::size_t number = 1; !text.empty(); ++number) {
     const std::size_t end = std::min(text.find('\n'), text.size());
     std::string_view line = text.substr(0, end);
@@ -153,4 +152,14 @@ bool EqualIgnoringCase(std::string_view left, std::string_view right) {
                     [](char a, char b) { return LowerCase(a) == LowerCase(b); });
 }
 
-}  // namespace boardsim
+std::optional<std::uint32_t> ReadNumber(std::string_view text) {
+  const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
+  if (hexadecimal) text.remove_prefix(2);
+  std::uint32_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number, hexadecimal ? 16 : 10);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return number;
+}
+
+}  // namespace standin
