@@ -185,7 +185,7 @@ constexpr char kCommands[] =
     "their replies behind mark and result. A failure has no fields unless it says so; a result of\n"
     "8602 has none either when the request could not be read, and 8604 (exception) and 8620 "
     "(unknown\n"
-    "command) never have any. A server may answer 8620 for commands that it does not have yet.\n";
+    "command) never have any. An older server may answer 8620 for commands that it lacks.\n";
 
 constexpr char kHelp[] = "The same as --help.\n";
 
