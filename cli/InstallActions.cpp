@@ -1,3 +1,5 @@
+#include <iterator>
+
 #include "cli/ActionReport.h"
 #include "cli/Actions.h"
 #include "cli/AnsiArguments.h"
@@ -15,7 +17,7 @@ constexpr char kDeviceKey[] = "SOFTWARE\\Vesmark\\NORVA\\DefDevices\\DeviceID\\"
 // What stands behind the codes by which the server says that a plug-in was not run. Plug-ins may
 // use the same ones.
 std::string PlugInHint(const Result& result, const std::string& deviceId, const char* value) {
-  const std::string no = NoReplyHint(result, "the plug-in returns");
+  std::string no = NoReplyHint(result, "the plug-in returns");
   if (!no.empty() || result.ok() || !result.fromServer()) return no;
   const std::string key = kDeviceKey + Printable(deviceId);
   const std::string named = std::string("that the value ") + value + " of " + key + " names";
@@ -114,7 +116,7 @@ int DriverInstallAction(const Invocation& invocation, Output& output) {
   const std::vector<std::string> ansi = AnsiArguments(invocation, output);
   if (ansi.empty()) return kExitUsage;
   static constexpr const char* kNames[] = {"SERVICE", "INF", "THIRD"};
-  for (std::size_t i = 0; i < ansi.size(); ++i) {
+  for (std::size_t i = 0; i < std::size(kNames); ++i) {
     if (!IsShortEnough(invocation, output, kNames[i], ansi[i])) return kExitUsage;
   }
   Report report(invocation, output);

@@ -40,7 +40,7 @@ std::string DecimalAndHex(std::uint32_t number) {
 
 // What the codes of the two commands say of the library behind them.
 std::string IpHint(const Result& result, const char* function) {
-  const std::string no = NoReplyHint(result, "ipcfgx.dll returns");
+  std::string no = NoReplyHint(result, "ipcfgx.dll returns");
   if (!no.empty() || result.ok() || !result.fromServer()) return no;
   switch (result.code()) {
     case SRV_ERR_DLL_NOT_FOUND:

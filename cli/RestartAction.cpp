@@ -138,7 +138,7 @@ int StartAndWait(Report& report, Output& output, ActionCalls& calls, const std::
       NotInTime(), existed ? "another program has the event, so the result will be kept; " +
                                  FetchCommand(event) + " tells it then"
                            : "the restart goes on; its result will be dropped, because no "
-                             "program has the event any more; --wait with more seconds gets it");
+                             "program has the event any more; a longer --wait, next time, gets it");
 }
 
 }  // namespace
