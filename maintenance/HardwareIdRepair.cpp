@@ -1,6 +1,7 @@
 #include "maintenance/HardwareIdRepair.h"
 
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 
 #include "platform/GuardedCall.h"
@@ -36,11 +37,8 @@ bool EqualIgnoringCase(const char* a, const char* b) {
 // What all three steps do once the key's name has been found to be the row's.
 void RepairKey(const char* function, const char* area, const char* name,
                const HwIdRepairEntry& row) {
-  char path[2 * kTextSize] = {};
-  const std::size_t areaSize = std::strlen(area);
-  std::memcpy(path, area, areaSize);
-  path[areaSize] = '\\';
-  std::memcpy(path + areaSize + 1, name, strnlen(name, kTextSize));
+  char path[2 * kTextSize];
+  (void)std::snprintf(path, sizeof(path), "%s\\%s", area, name);
 
   char value[kTextSize + 1] = {};
   std::uint32_t size = kTextSize;

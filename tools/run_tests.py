@@ -2,8 +2,9 @@
 """Runs the test programs of the build directories given and counts their tests.
 
 CTest runs the programs; each GoogleTest program also writes what became of its single tests, so
-that the closing line counts tests and not programs. A program that ends without such a report
-(a crash, a time-out, a program of another kind) counts as one test by its exit code.
+that the closing line counts tests and not programs. A program that ends without such a report did
+not come to its end, whatever its exit code says, and counts as one failure; a test that is a script
+counts as one by its exit code.
 
 Closes with the line "N passed, N failed" (", N skipped" where some were) and exits nonzero unless
 something passed and nothing failed.
@@ -28,6 +29,8 @@ def run_ctest(build: pathlib.Path, jobs: int) -> list:
     windows = any("wine-run.sh" in word for test in listing["tests"]
                   for word in test.get("command", []))
     env = dict(os.environ, GTEST_OUTPUT=f"xml:{'Z:' if windows else ''}{reports}/")
+    programs = {test["name"] for test in listing["tests"]
+                if any(pathlib.Path(word).parent == build / "bin" for word in test["command"][:2])}
     junit = build / "ctest.xml"
     subprocess.run(["ctest", "--test-dir", build, "-j", str(jobs), "--timeout", "240",
                     "--output-junit", junit, "--output-on-failure"],
@@ -49,6 +52,7 @@ def run_ctest(build: pathlib.Path, jobs: int) -> list:
                 else:
                     passed += 1
         except (OSError, ElementTree.ParseError):
+            program_failed = program_failed or name in programs
             passed = 0 if program_failed else 1
         if program_failed and failed == 0:
             failed = 1

@@ -209,8 +209,11 @@ Lines PoolOf64() {
 
 const Lines kStarts = {"CreateSRV:  >> Start Pipe Server",
                        "CreateSRV:  namedMutex erfolgreich angelegt!"};
-const Lines kServes = {"RunSrvLoop:  >> Start receiving loop ",
-                       "RunSrvLoop:  while - WaitForMultipleObjects"};
+// A machine without the stack has nothing to bring into order.
+const Lines kServes = {
+    "BRDX_RunPlausibilitaet:  >> Start",
+    "BRDX_RunPlausibilitaet:  Error in RegGetValueBL --> Can't run Plausibilitaet!",
+    "RunSrvLoop:  >> Start receiving loop ", "RunSrvLoop:  while - WaitForMultipleObjects"};
 
 class TraceStartAndStopTest : public OwnServerTraceTest {
  protected:
