@@ -45,6 +45,15 @@ int DeviceChangesAction(const Invocation& invocation, Output& output);
 int DeviceInfoAction(const Invocation& invocation, Output& output);
 int CheckAction(const Invocation& invocation, Output& output);
 
+int InstallAction(const Invocation& invocation, Output& output);
+int DeinstallAction(const Invocation& invocation, Output& output);
+int DriverInstallAction(const Invocation& invocation, Output& output);
+int PanelAction(const Invocation& invocation, Output& output);
+int RestartAction(const Invocation& invocation, Output& output);
+int IpAddAction(const Invocation& invocation, Output& output);
+int IpDeleteAction(const Invocation& invocation, Output& output);
+int TestAction(const Invocation& invocation, Output& output);
+
 int RawAction(const Invocation& invocation, Output& output);
 
 int TraceReportAction(const Invocation& invocation, Output& output);

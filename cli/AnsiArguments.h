@@ -15,6 +15,11 @@ namespace cli {
 ///   lacks.
 std::vector<std::string> AnsiArguments(const Invocation& invocation, Output& output);
 
+/// One text, such as an option's, in the ANSI code page. \returns false, with a usage error, when
+/// it has a character that the code page lacks.
+bool AnsiText(const Invocation& invocation, Output& output, const std::string& utf8,
+              std::string& ansi);
+
 }  // namespace cli
 
 #endif  // CLI_ANSIARGUMENTS_H_

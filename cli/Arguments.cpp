@@ -87,6 +87,12 @@ class Parser {
     if (name == "--ring") return TakeFlag(name, invocation_.trace.ring);
     if (name == "--color") return TakeColor();
     if (name == "--for") return TakeSeconds(name, invocation_.trace.forMs);
+    if (name == "--language") return TakeText(name, invocation_.action.language);
+    if (name == "--board") return TakeText(name, invocation_.action.board);
+    if (name == "--mode") return TakeMode();
+    if (name == "--event") return TakeText(name, invocation_.action.event);
+    if (name == "--fetch") return TakeText(name, invocation_.action.fetch);
+    if (name == "--wait") return TakeSeconds(name, invocation_.action.waitMs);
     if (name == "--json") return TakeFlag(name, invocation_.json);
     if (name == "--help") return TakeFlag(name, invocation_.help);
     if (name == "--version") return TakeFlag(name, invocation_.version);
@@ -120,6 +126,15 @@ class Parser {
     if (!error.empty()) return error;
     if (color == "auto" || color == "always" || color == "never") return {};
     return "--color takes auto, always or never, not '" + color + "'";
+  }
+
+  std::string TakeMode() {
+    std::string number;
+    std::string error = TakeText("--mode", number);
+    if (!error.empty()) return error;
+    invocation_.action.hasMode = true;
+    if (ParseNumber(number, invocation_.action.mode)) return {};
+    return "--mode takes a number, decimal or 0x and up to eight hex digits, not '" + number + "'";
   }
 
   // The value may be left out, so the next word is taken only if it is one. A word that was meant
@@ -192,8 +207,9 @@ class Parser {
   }
 
   // An option that the subcommand would pass over is a slip.
-  std::string CheckTraceOptions(const Subcommand& subcommand) const {
+  std::string CheckOtherOptions(const Subcommand& subcommand) const {
     const TraceOptions& given = invocation_.trace;
+    const ActionOptions& action = invocation_.action;
     const struct {
       bool given;
       unsigned bit;
@@ -206,6 +222,12 @@ class Parser {
         {given.ring, kTakesLines, "--ring"},
         {!given.color.empty(), kTakesColor, "--color"},
         {given.forMs != 0, kTakesFor, "--for"},
+        {!action.language.empty(), kTakesLanguage, "--language"},
+        {!action.board.empty(), kTakesBoard, "--board"},
+        {action.hasMode, kTakesMode, "--mode"},
+        {!action.event.empty(), kTakesEvent, "--event"},
+        {!action.fetch.empty(), kTakesEvent, "--fetch"},
+        {action.waitMs != 0, kTakesEvent, "--wait"},
     };
     for (const auto& option : kOptions) {
       if (!option.given || (subcommand.options & option.bit) != 0) continue;
@@ -229,7 +251,7 @@ class Parser {
       if (!invocation_.title.empty()) return "--title is for trace report only";
       if (invocation_.force) return "--force is for trace report only";
     }
-    std::string error = CheckTraceOptions(subcommand);
+    std::string error = CheckOtherOptions(subcommand);
     if (!error.empty()) return error;
     const auto count = static_cast<int>(invocation_.arguments.size());
     if (count < subcommand.fewest) {

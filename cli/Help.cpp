@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "cli/ActionHelp.h"
 #include "cli/BoardHelp.h"
 #include "cli/TraceHelp.h"
 
@@ -16,7 +17,9 @@ constexpr char kIntroduction[] =
     "qorlixctl talks to QorlixSRV, the privileged helper server of the communication stack, over\n"
     "its local pipe: it starts and stops the server, edits the stack's part of the registry "
     "through\n"
-    "it, shows boards and devices, sends it any request, and reads its trace.\n"
+    "it, shows boards and devices, installs and restarts them, sends it any request, and reads "
+    "its\n"
+    "trace.\n"
     "\n"
     "usage: qorlixctl [OPTIONS] COMMAND [ARGUMENTS]\n";
 
@@ -70,6 +73,8 @@ constexpr struct {
     {"reg", "reg get", kRegistry},
     {"board", "board installed", kBoard},
     {"device", "device state", kDevice},
+    {"driver", "driver install", kDriver},
+    {"ip", "ip add", kIp},
     {"trace", "trace dump", kTraceGroup},
 };
 
@@ -116,6 +121,12 @@ std::string SubcommandHelp(const Subcommand& subcommand) {
   if ((subcommand.options & kTakesServer) != 0) help += " [--server PATH] [--stay]";
   if ((subcommand.options & kTakesReport) != 0) help += " -o OUT [--title TEXT] [--force]";
   if ((subcommand.options & kTakesFor) != 0) help += " [--for SECONDS]";
+  if ((subcommand.options & kTakesLanguage) != 0) help += " [--language EXT]";
+  if ((subcommand.options & kTakesBoard) != 0) help += " [--board BOARD]";
+  if ((subcommand.options & kTakesMode) != 0) help += " [--mode N]";
+  if ((subcommand.options & kTakesEvent) != 0) {
+    help += " [--event EVENT] [--wait SECONDS] [--fetch EVENT]";
+  }
   help += std::string(" [OPTIONS]\n\n") + subcommand.summary + ".\n\n" + subcommand.details;
   return help + '\n' + kOptions;
 }

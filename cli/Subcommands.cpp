@@ -2,6 +2,7 @@
 
 #include <iterator>
 
+#include "cli/ActionHelp.h"
 #include "cli/Actions.h"
 #include "cli/BoardHelp.h"
 #include "cli/TraceHelp.h"
@@ -184,7 +185,7 @@ constexpr char kCommands[] =
     "their replies behind mark and result. A failure has no fields unless it says so; a result of\n"
     "8602 has none either when the request could not be read, and 8604 (exception) and 8620 "
     "(unknown\n"
-    "command) never have any. A server may answer 8620 for commands that it does not have yet.\n";
+    "command) never have any. An older server may answer 8620 for commands that it lacks.\n";
 
 constexpr char kHelp[] = "The same as --help.\n";
 
@@ -233,6 +234,20 @@ constexpr Subcommand kSubcommands[] = {
     {"device info", "DATA1 V1 V2 V3 DATA2 SIZE1 SIZE2 LAST", 8, 8, 0, "Ask for board information",
      kDeviceInfo, DeviceInfoAction},
     {"check", "", 0, 0, 0, "Bring logical names and devices into order", kCheck, CheckAction},
+    {"install", "DEVICEID", 1, 1, kTakesLanguage, "Run a device's installer, and the check",
+     kInstall, InstallAction},
+    {"deinstall", "DEVICEID", 1, 1, kTakesLanguage | kTakesBoard, "Run a device's deinstaller",
+     kDeinstall, DeinstallAction},
+    {"driver install", "SERVICE INF [THIRD]", 2, 3, kTakesMode, "Have a driver installed",
+     kDriverInstall, DriverInstallAction},
+    {"panel", "", 0, 0, 0, "Open the online panel", kPanel, PanelAction},
+    {"restart", "[NAME]", 0, 1, kTakesEvent, "Restart a logical device, or fetch the result",
+     kRestart, RestartAction},
+    {"ip add", "ADDRESS MASK IFINDEX", 3, 3, 0, "Add an address to a network interface", kIpAdd,
+     IpAddAction},
+    {"ip delete", "CONTEXT", 1, 1, 0, "Delete an address that was added", kIpDelete,
+     IpDeleteAction},
+    {"test", "TEXT", 1, 1, 0, "Have the server show a text on its desktop", kTest, TestAction},
     {"raw", "HEX...", 1, kNoLimit, 0, "Send any request and explain the reply", kRaw, RawAction},
     {"trace show", "", 0, 0, 0, "Show the trace configuration and what it does", kTraceShow,
      TraceShowAction},

@@ -50,6 +50,10 @@ enum OptionBit : unsigned {
   kTakesColor = 8,
   kTakesFor = 16,
   kTakesReport = 32,  ///< -o, --title and --force
+  kTakesLanguage = 64,
+  kTakesBoard = 128,
+  kTakesMode = 256,
+  kTakesEvent = 512,  ///< --event, --wait and --fetch
 };
 
 /// The options of the trace commands, as they were typed; empty when they were not.
@@ -61,6 +65,17 @@ struct TraceOptions {
   std::string color;
   bool ring = false;
   std::uint32_t forMs = 0;  ///< of `trace follow`, 0: until it is interrupted; of `device changes`
+};
+
+/// The options of the commands that install and restart; empty or 0 when they were not given.
+struct ActionOptions {
+  std::string language;
+  std::string board;
+  std::string event;
+  std::string fetch;
+  std::uint32_t waitMs = 0;
+  std::uint32_t mode = 0;
+  bool hasMode = false;
 };
 
 /// A command line, taken apart. Texts are UTF-8.
@@ -81,6 +96,7 @@ struct Invocation {
   bool hasBase = false;
   std::uint32_t base = 0;
   TraceOptions trace;
+  ActionOptions action;
 };
 
 std::span<const Subcommand> Subcommands();

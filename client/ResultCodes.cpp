@@ -78,6 +78,9 @@ constexpr ResultCode kCodes[] = {
     {1359, "ERROR_INTERNAL_ERROR", "an internal error"},
     {1450, "ERROR_NO_SYSTEM_RESOURCES", "the system is out of resources"},
     {1460, "ERROR_TIMEOUT", "the time for the operation ran out"},
+    {1603, "ERROR_INSTALL_FAILURE", "the installation failed"},
+    {3010, "ERROR_SUCCESS_REBOOT_REQUIRED", "done; the machine has to be restarted"},
+    {5010, "ERROR_OBJECT_ALREADY_EXISTS", "it exists already"},
     {SRV_ERR_ENTRY_POINT_MISSING, "SRV_ERR_ENTRY_POINT_MISSING",
      "a library that the server loaded lacks the function"},
     {BUFFER_OVERFLOW, "BUFFER_OVERFLOW",
@@ -87,8 +90,7 @@ constexpr ResultCode kCodes[] = {
      "a library or registry call failed with an exception"},
     {SRV_ERR_NO_KEY_HANDLE, "SRV_ERR_NO_KEY_HANDLE",
      "a registry key was opened, but no handle came back"},
-    {SRV_ERR_UNKNOWN_COMMAND, "SRV_ERR_UNKNOWN_COMMAND",
-     "the server does not know the command, or this release of it does not offer it"},
+    {SRV_ERR_UNKNOWN_COMMAND, "SRV_ERR_UNKNOWN_COMMAND", "the server does not know the command"},
     {10006, "", "a silent restart after which no ring check runs"},
 };
 

@@ -14,6 +14,7 @@ demo='SOFTWARE\Vesmark\NORVA\Tour'
 board='SOFTWARE\Vesmark\NORVA\DefDevices\DeviceId\HWX7101'
 names='SOFTWARE\Vesmark\NORVA\LogNames'
 devices='SOFTWARE\Vesmark\NORVA\LogDevices'
+plugin='SOFTWARE\Vesmark\NORVA\DefDevices\DeviceId\DEMO1'
 gate='SOFTWARE\Vesmark\Shared Tools\MIREL'
 work=$(mktemp -d)
 steps=0
@@ -69,9 +70,11 @@ one_event() {
 finish() {
   ctl stop >/dev/null 2>&1
   local key
-  for key in "$gate" "$board" "$names\\PLC1" "$devices\\NB410A.1" "$devices\\NB510.2"; do
+  for key in "$gate" "$board" "$plugin" "$names\\PLC1" "$names\\DEMO1" "$devices\\NB410A.1" \
+    "$devices\\NB510.2" "$devices\\DEMO1"; do
     wine reg delete "HKLM\\$key" /f >/dev/null 2>&1 </dev/null
   done
+  "$QORLIX_ROOT/tools/place-standins.sh" --remove
   rm -rf "$work"
 }
 trap finish EXIT
@@ -84,6 +87,12 @@ export QORLIX_BOARD_INVENTORY="Z:$QORLIX_ROOT/build/boards.ini"
 value "$board" HardwareId 'PCI\VEN_1F3C&DEV_5101'
 value "$names\\PLC1" LogDevice 'Pulled board'
 value "$gate" SetupSucceeded 1
+# And what the commands that install and restart find in the system directory: a plug-in, which the
+# device's key names, and the libraries.
+"$QORLIX_ROOT/tools/place-standins.sh"
+value "$plugin" HardwareID 'PCI\VEN_1F3C&DEV_5101'
+value "$plugin" Installer 'sampledev.dll,SampleInstall'
+value "$plugin" Deinstaller 'sampledev.dll,SampleDeinstall'
 
 printf 'Start the server and wait until it says that its pipe exists\n'
 printf '    $ qorlixctl start --stay\n'
@@ -115,6 +124,26 @@ step 'Look for boards that came or went' 0 'the hardware was scanned' board scan
 step 'Assign a device that does not exist ...' 0 '0 (success)' \
   reg set "$names\\PLC1" LogDevice 'Pulled board'
 step '... and have the configuration checked' 0 'unassigned: "PLC1"' check
+
+step 'Assign it once more ...' 0 '0 (success)' \
+  reg set "$names\\PLC1" LogDevice 'Pulled board'
+step '... and have a device installed by its plug-in' 0 'the installer of "DEMO1" has run' \
+  install DEMO1 --language EN
+step 'The plug-in made a logical device' 0 'data:   "EN"' reg get "$devices\\DEMO1" Language
+step 'And the check that follows unassigned the pulled board' 0 'data:   ""' \
+  reg get "$names\\PLC1" LogDevice
+step 'Have the device deinstalled' 0 'the deinstaller of "DEMO1" has run' \
+  deinstall DEMO1 --board NB410A
+step 'Its logical device is gone' 1 'ERROR_FILE_NOT_FOUND' reg get "$devices\\DEMO1" Language
+step 'Have a driver installed' 0 '0 (success), twice' \
+  driver install qorlixnet 'C:\Drivers\qorlixnet.inf' --mode 1
+step 'Restart a device in the background, and fetch the result' 0 'has ended: 0 (success)' \
+  restart CP_L2_1: --event 'Global\Tour' --wait 20
+step 'A result is there once only' 1 'no result under this name' restart --fetch 'Global\Tour'
+step 'Add an address to a network interface' 0 'nteContext:' ip add 192.168.0.10 255.255.255.0 11
+context=$(sed -n 's/^nteContext:  *\([0-9]*\).*/\1/p' "$work/out" | tr -d '\r')
+step 'Delete it by its context' 0 'the address is deleted' ip delete "$context"
+step 'It is not there any more' 1 'ERROR_NOT_FOUND' ip delete "$context"
 
 step 'Create a key in the permitted tree' 0 '0 (success)' reg create "$demo"
 step 'Write a value' 0 '0 (success)' reg set "$demo" Greeting 'Hello there'
@@ -153,7 +182,8 @@ if [ "${1:-}" = --serve ]; then
   trap 'rm -rf "$work"' EXIT
   printf '\n%s steps, %s wrong. The server keeps running; use tools/ctl, and tools/ctl stop.\n' \
     "$steps" "$wrong"
-  printf 'Its event-log reports go to build/server.log.\n'
+  printf 'Its event-log reports go to build/server.log; its stand-ins stay in the prefix until\n'
+  printf 'tools/place-standins.sh --remove takes them away.\n'
   [ "$wrong" -eq 0 ]
   exit
 fi
