@@ -16,6 +16,7 @@ names='SOFTWARE\Vesmark\NORVA\LogNames'
 devices='SOFTWARE\Vesmark\NORVA\LogDevices'
 plugin='SOFTWARE\Vesmark\NORVA\DefDevices\DeviceId\DEMO1'
 gate='SOFTWARE\Vesmark\Shared Tools\MIREL'
+trace='SOFTWARE\Vesmark\NORVA\TrcParams'
 work=$(mktemp -d)
 steps=0
 wrong=0
@@ -74,8 +75,9 @@ finish() {
     "$devices\\NB510.2" "$devices\\DEMO1"; do
     wine reg delete "HKLM\\$key" /f >/dev/null 2>&1 </dev/null
   done
+  wine reg delete "HKLM\\$trace" /f >/dev/null 2>&1 </dev/null
   "$QORLIX_ROOT/tools/place-standins.sh" --remove
-  rm -rf "$work"
+  rm -rf "$work" "$WINEPREFIX/drive_c/QorlixTour"
 }
 trap finish EXIT
 
@@ -93,6 +95,9 @@ value "$gate" SetupSucceeded 1
 value "$plugin" HardwareID 'PCI\VEN_1F3C&DEV_5101'
 value "$plugin" Installer 'sampledev.dll,SampleInstall'
 value "$plugin" Deinstaller 'sampledev.dll,SampleDeinstall'
+
+# Nobody creates the folder that trace files go to.
+mkdir -p "$WINEPREFIX/drive_c/QorlixTour"
 
 printf 'Start the server and wait until it says that its pipe exists\n'
 printf '    $ qorlixctl start --stay\n'
@@ -144,6 +149,18 @@ step 'Add an address to a network interface' 0 'nteContext:' ip add 192.168.0.10
 context=$(sed -n 's/^nteContext:  *\([0-9]*\).*/\1/p' "$work/out" | tr -d '\r')
 step 'Delete it by its context' 0 'the address is deleted' ip delete "$context"
 step 'It is not there any more' 1 'ERROR_NOT_FOUND' ip delete "$context"
+
+step 'Have the server tell what it does ...' 0 'Level' trace set Level all
+step '... all of it ...' 0 'zqserver_level' trace set zqserver_level all
+step '... into files of this folder' 0 'Path' trace set Path 'C:\QorlixTour'
+step 'Let it read that now' 0 'configuration' trace refresh
+step 'One request ...' 0 'Firmware 5.2' board info 1 NB410A
+step '... is told step by step' 0 '<< BRDX_GetBoardInfoBL result = 0x0' \
+  trace dump --function 'BC_GetBoardInfo*'
+step 'A page to look at' 0 'trace.html' \
+  trace report 'C:\QorlixTour\ZqFile1.TRC' -o "Z:$QORLIX_ROOT/build/trace.html" --force
+step 'And off again ...' 0 'Level' trace set Level 0
+step '... at once' 0 'configuration' trace refresh
 
 step 'Create a key in the permitted tree' 0 '0 (success)' reg create "$demo"
 step 'Write a value' 0 '0 (success)' reg set "$demo" Greeting 'Hello there'
