@@ -18,6 +18,9 @@ struct GuardFrame {
   DWORD code;
 };
 
+/// Room for two dispatches, one inside the other, and for the handlers of a library on the way.
+constexpr ULONG kStackForGuards = 64 * 1024;
+
 constexpr DWORD kUnwinding = 0x2;
 constexpr DWORD kExitUnwind = 0x4;
 
@@ -74,6 +77,23 @@ __attribute__((noinline)) bool InvokeGuarded(void (*call)(void* context), void* 
   SetHeadOfChain(frame.registration.Next);
   if (frame.code == EXCEPTION_STACK_OVERFLOW) (void)_resetstkoflw();
   return false;
+}
+
+void ReserveStackForGuards() {
+  ULONG bytes = kStackForGuards;
+  (void)SetThreadStackGuarantee(&bytes);
+
+  // Where a stack is committed as a whole, its guard page may still lie at the very end, whatever
+  // has been asked for. Then one of our own goes to where the system would put it.
+  MEMORY_BASIC_INFORMATION stack = {};
+  if (VirtualQuery(&stack, &stack, sizeof(stack)) == 0) return;
+  void* const place = static_cast<char*>(stack.AllocationBase) + kStackForGuards;
+  MEMORY_BASIC_INFORMATION page = {};
+  if (VirtualQuery(place, &page, sizeof(page)) == 0) return;
+  const bool isPlain = page.State == MEM_COMMIT && page.Protect == PAGE_READWRITE &&
+                       page.AllocationBase == stack.AllocationBase && place < &stack;
+  DWORD before = 0;
+  if (isPlain) (void)VirtualProtect(place, 1, PAGE_READWRITE | PAGE_GUARD, &before);
 }
 
 }  // namespace platform

@@ -9,6 +9,13 @@ namespace platform {
 /// Runs `call(context)` and says whether it came back by itself. Do not call this directly.
 bool InvokeGuarded(void (*call)(void* context), void* context);
 
+/// Sets stack of the calling thread aside for the catching of a call that has used the stack up.
+///
+/// Without it there is what happens to be left of the last page: whether that is enough depends on
+/// where the last frame lies in it, and where it is not, the process ends. To be called once by
+/// every thread that makes guarded calls, before the first.
+void ReserveStackForGuards();
+
 }  // namespace platform
 
 /// Runs one foreign call; `result` receives what it returned.

@@ -100,6 +100,7 @@ __attribute__((noinline)) std::uint32_t Overflow(std::uint32_t depth) {
 }
 
 DWORD WINAPI OverflowTwice(void* caught) {
+  platform::ReserveStackForGuards();
   std::uint32_t result = 0;
   for (int i = 0; i < 2; ++i) {
     if (!GuardedCall(result, [] { return Overflow(1'000'000); })) ++*static_cast<int*>(caught);
@@ -114,6 +115,55 @@ TEST_F(GuardedCallWinTest, AStackOverflowIsSurvivedMoreThanOnce) {
   EXPECT_EQ(WaitForSingleObject(thread, 10000), WAIT_OBJECT_0);
   EXPECT_EQ(caught, 2);
   (void)CloseHandle(thread);
+}
+
+constexpr std::size_t kPlaces = 64;
+
+// Half a page per call, from another place in its page each time.
+__attribute__((noinline)) std::uint32_t OverflowFrom(std::size_t bytes,
+                                                     std::uint32_t depth = 1'000'000) {
+  auto* const room = static_cast<volatile char*>(__builtin_alloca(bytes));
+  room[0] = static_cast<char>(depth);
+  if (depth == 0) return 0;
+  return OverflowFrom(2048, depth - 1) + static_cast<std::uint32_t>(room[0]);
+}
+
+struct Place {
+  std::size_t offset;
+  int caught;
+};
+
+DWORD WINAPI OverflowTwiceFrom(void* raw) {
+  auto* const place = static_cast<Place*>(raw);
+  platform::ReserveStackForGuards();
+  std::uint32_t result = 0;
+  for (int i = 0; i < 2; ++i) {
+    if (!GuardedCall(result, [=] { return OverflowFrom(place->offset); })) ++place->caught;
+  }
+  return 0;
+}
+
+// Somebody else's, who looks at every exception and needs a page for it.
+LONG CALLBACK LookOn(EXCEPTION_POINTERS* pointers) {
+  volatile char room[4096];
+  for (volatile char& byte : room) byte = 1;
+  return pointers != nullptr && room[0] == 1 ? EXCEPTION_CONTINUE_SEARCH : 0;
+}
+
+// The last frame may lie anywhere in its page; what is behind it must do for the catching. A thread
+// of its own for each place, because the first overflow of a stack is the one that has least room.
+TEST_F(GuardedCallWinTest, AStackOverflowIsSurvivedWhereverItsLastFrameLies) {
+  void* const onlooker = AddVectoredExceptionHandler(/*First=*/1, LookOn);
+  for (std::size_t i = 0; i < kPlaces; ++i) {
+    Place place = {16 + i * 4096 / kPlaces, 0};
+    const HANDLE thread = CreateThread(nullptr, 0x40000, OverflowTwiceFrom, &place,
+                                       STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+    ASSERT_NE(thread, nullptr);
+    EXPECT_EQ(WaitForSingleObject(thread, 10000), WAIT_OBJECT_0);
+    EXPECT_EQ(place.caught, 2) << place.offset;
+    (void)CloseHandle(thread);
+  }
+  (void)RemoveVectoredExceptionHandler(onlooker);
 }
 
 }  // namespace

@@ -5,9 +5,14 @@
 #include <thread>
 #include <utility>
 
+#include "platform/GuardedCall.h"
+
 bool platform::StartWorker(std::unique_ptr<Work> work) {
   try {
-    std::thread([owned = std::move(work)] { owned->Run(); }).detach();
+    std::thread([owned = std::move(work)] {
+      ReserveStackForGuards();
+      owned->Run();
+    }).detach();
     return true;
   } catch (const std::system_error&) {
     return false;

@@ -1,5 +1,6 @@
 #include <windows.h>
 
+#include "platform/GuardedCall.h"
 #include "server/QorlixSRVPipe.h"
 #include "server/SecurityPlan.h"
 #include "server/SrvSecurity.h"
@@ -18,6 +19,7 @@ constexpr int kEndOfServing = 1;
 /// already; else the error of the security attributes or of the single-instance mutex.
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
   static constexpr char kFct[] = "CreateSRV: ";
+  platform::ReserveStackForGuards();
 
   SrvSecurity general;
   SrvSecurity pipe;
