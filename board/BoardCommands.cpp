@@ -37,7 +37,7 @@ bool IsAboveBound(BoardBound bound, std::uint32_t length) {
 }
 
 // Clears the buffers that the command lends. A buffer that is announced with more than it has lies
-// in front of a fence: a library that takes the number at its word faults instead of writing on.
+// between fences: a library that takes the number at its word faults instead of writing on.
 bool LendBuffers(const BoardCommand& row, BoardCall& call) {
   for (const BoardField& field : row.request) {
     if (field.kind != BoardField::Kind::kRoom) continue;

@@ -9,9 +9,10 @@ constexpr SIZE_T kFence = 1 << 20;
 
 char* Allocate() {
   // What is reserved and not committed cannot be touched.
-  void* const region = VirtualAlloc(nullptr, kSize + kFence, MEM_RESERVE, PAGE_NOACCESS);
+  void* const region = VirtualAlloc(nullptr, kFence + kSize + kFence, MEM_RESERVE, PAGE_NOACCESS);
   if (region == nullptr) return nullptr;
-  return static_cast<char*>(VirtualAlloc(region, kSize, MEM_COMMIT, PAGE_READWRITE));
+  void* const middle = static_cast<char*>(region) + kFence;
+  return static_cast<char*>(VirtualAlloc(middle, kSize, MEM_COMMIT, PAGE_READWRITE));
 }
 
 }  // namespace
