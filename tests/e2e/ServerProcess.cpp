@@ -186,6 +186,22 @@ testing::AssertionResult ServerProcess::ComesBackToHandleCount(std::uint32_t cou
   return testing::AssertionFailure() << now << " handles, more than " << count;
 }
 
+bool ServerProcess::HasModule(const std::string& fileName) const {
+  std::vector<HMODULE> modules(512);
+  DWORD size = 0;
+  EXPECT_NE(K32EnumProcessModules(process_, modules.data(),
+                                  static_cast<DWORD>(modules.size() * sizeof(HMODULE)), &size),
+            FALSE);
+  modules.resize(std::min<std::size_t>(modules.size(), size / sizeof(HMODULE)));
+  // Without itself the list is of another process, or of none.
+  EXPECT_FALSE(modules.empty());
+  return std::any_of(modules.begin(), modules.end(), [&](HMODULE module) {
+    char name[MAX_PATH] = "";
+    (void)K32GetModuleBaseNameA(process_, module, name, sizeof(name));
+    return lstrcmpiA(name, fileName.c_str()) == 0;
+  });
+}
+
 std::size_t ServerProcess::PrivateBytes() const {
   PROCESS_MEMORY_COUNTERS counters = {};
   counters.cb = sizeof(counters);

@@ -49,6 +49,9 @@ class ServerProcess {
   /// while an operation of the server runs.
   testing::AssertionResult ComesBackToHandleCount(std::uint32_t count) const;
 
+  /// Whether a library of this file name is loaded in it; upper and lower case are the same.
+  bool HasModule(const std::string& fileName) const;
+
   /// Bytes of memory that are its own.
   std::size_t PrivateBytes() const;
 
