@@ -3,8 +3,6 @@
 #include <cstring>
 #include <memory>
 #include <new>
-#include <system_error>
-#include <thread>
 #include <utility>
 
 #include "actions/RestartResults.h"
@@ -14,6 +12,7 @@
 #include "platform/NamedObject.h"
 #include "platform/SystemPath.h"
 #include "platform/WinTypes.h"
+#include "platform/WorkerThread.h"
 #include "server/QorlixSRVPipe.h"
 #include "trace/Zqotrc.h"
 
@@ -134,40 +133,37 @@ std::uint32_t RestartAndCheck(const char* logDevName) {
 }
 
 // The worker. It knows the results alone, not the server object, which may be gone before it.
-void RunSilentRestart(const std::shared_ptr<RestartResults>& results, HeapText logDevName,
-                      const HeapText& eventName) {
-  const std::uint32_t result = RestartAndCheck(logDevName.get());
-  logDevName.reset();
+class RestartWork final : public platform::Work {
+ public:
+  RestartWork(std::shared_ptr<RestartResults> results, HeapText logDevName, HeapText eventName)
+      : results_(std::move(results)),
+        logDevName_(std::move(logDevName)),
+        eventName_(std::move(eventName)) {}
 
-  const bool filed = results->File(eventName.get(), result);
-  const std::uint32_t error =
-      filed ? platform::SignalEvent(eventName.get()) : std::uint32_t{ERROR_NOT_ENOUGH_MEMORY};
-  if (error == ERROR_SUCCESS) {
-    ZQ_TRACE(TRC_ERROR, kWorker, "successfully SetEvent: %s ", eventName.get());
-    return;
-  }
-  // Nobody waits for this result, so it is not kept.
-  ZQ_TRACE(TRC_ERROR, kWorker, "Could not set event! ErrorCode: %x", error);
-  const int removed = results->Remove(eventName.get());
-  for (int i = 0; i < removed; ++i) {
-    ZQ_TRACE(TRC_ERROR, kWorker, "Removed Event: %s", eventName.get());
-  }
-}
+  void Run() override {
+    const std::uint32_t result = RestartAndCheck(logDevName_.get());
+    logDevName_.reset();
 
-// false when no thread can be started.
-bool StartWorker(std::shared_ptr<RestartResults> results, HeapText logDevName, HeapText eventName) {
-  try {
-    std::thread([results = std::move(results), logDevName = std::move(logDevName),
-                 eventName = std::move(eventName)]() mutable {
-      RunSilentRestart(results, std::move(logDevName), eventName);
-    }).detach();
-    return true;
-  } catch (const std::system_error&) {
-    return false;
-  } catch (const std::bad_alloc&) {
-    return false;
+    const bool filed = results_->File(eventName_.get(), result);
+    const std::uint32_t error =
+        filed ? platform::SignalEvent(eventName_.get()) : std::uint32_t{ERROR_NOT_ENOUGH_MEMORY};
+    if (error == ERROR_SUCCESS) {
+      ZQ_TRACE(TRC_ERROR, kWorker, "successfully SetEvent: %s ", eventName_.get());
+      return;
+    }
+    // Nobody waits for this result, so it is not kept.
+    ZQ_TRACE(TRC_ERROR, kWorker, "Could not set event! ErrorCode: %x", error);
+    const int removed = results_->Remove(eventName_.get());
+    for (int i = 0; i < removed; ++i) {
+      ZQ_TRACE(TRC_ERROR, kWorker, "Removed Event: %s", eventName_.get());
+    }
   }
-}
+
+ private:
+  const std::shared_ptr<RestartResults> results_;
+  HeapText logDevName_;
+  const HeapText eventName_;
+};
 
 }  // namespace
 
@@ -191,9 +187,9 @@ SrvResult CQorlixSRVPipe::SilentRestart(int conId) {
   std::memcpy(eventName.get(), event.get(), std::strlen(event.get()) + 1);
 
   ZQ_TRACE(TRC_PROGRESS, kFct, "Start RunSilentRestart!");
-  if (!StartWorker(restartResults_, std::move(logDevName), std::move(eventName))) {
-    return BUFFER_OVERFLOW;
-  }
+  std::unique_ptr<platform::Work> work(
+      new (std::nothrow) RestartWork(restartResults_, std::move(logDevName), std::move(eventName)));
+  if (work == nullptr || !platform::StartWorker(std::move(work))) return BUFFER_OVERFLOW;
   const SrvResult sendResult = Send(conId, SRV_OK);
   ZQ_TRACE(TRC_PROGRESS, kFct, "<< SilentRestart result = 0x%x", sendResult);
   return sendResult;

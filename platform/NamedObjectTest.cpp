@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <string>
+
 namespace {
 
 TEST(NamedObjectTest, AMutexIsSeenByNameAndOwnedByWhoWaited) {
@@ -37,6 +39,31 @@ TEST(NamedObjectTest, AnEventIsSetIfItExists) {
   EXPECT_TRUE(platform::SetEventIfItExists("QorlixNamedObjectTestEvent"));
   EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_OBJECT_0);
   (void)CloseHandle(event);
+}
+
+TEST(NamedObjectTest, AnEventOfSomebodyElseIsSignalledWithoutAHandleLeftBehind) {
+  constexpr char kName[] = "QorlixNamedObjectTestSignal";
+  const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, kName);
+  ASSERT_NE(event, nullptr);
+  EXPECT_EQ(platform::SignalEvent(kName), DWORD{ERROR_SUCCESS});
+  EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_OBJECT_0);
+  (void)CloseHandle(event);
+  EXPECT_EQ(OpenEventA(SYNCHRONIZE, FALSE, kName), nullptr);
+}
+
+TEST(NamedObjectTest, AnEventThatNobodyCreatedCannotBeSignalled) {
+  EXPECT_EQ(platform::SignalEvent("QorlixNamedObjectTestNoEvent"), DWORD{ERROR_FILE_NOT_FOUND});
+}
+
+TEST(NamedObjectTest, AnEmptyOrALongNameCannotBeSignalled) {
+  EXPECT_NE(platform::SignalEvent(""), DWORD{ERROR_SUCCESS});
+  EXPECT_NE(platform::SignalEvent(std::string(259, 'e').c_str()), DWORD{ERROR_SUCCESS});
+}
+
+TEST(NamedObjectTest, WhatIsNotAnEventCannotBeSignalled) {
+  const HANDLE mutex = platform::CreateNamedMutex("QorlixNamedObjectTestNotAnEvent");
+  EXPECT_EQ(platform::SignalEvent("QorlixNamedObjectTestNotAnEvent"), DWORD{ERROR_INVALID_HANDLE});
+  (void)CloseHandle(mutex);
 }
 
 }  // namespace

@@ -192,4 +192,20 @@ TEST_F(RegistryOperationTest, EnumValueNamesValuesWithTheirData) {
   EXPECT_EQ(RegEnumValueBL(kTree.c_str(), 1, name, nameLength, data, dataLength), 259u);
 }
 
+TEST_F(RegistryOperationTest, AQueryThatLeavesItsKeyOpenTakesAnyTypeAsItIsStored) {
+  registry_setup::SetValue(kTree, "text", kSz, TextBytes("abc"));
+  registry_setup::SetValue(kTree, "number", kDword, Wire("41424344"));
+  char buffer[8] = "-------";
+  std::uint32_t size = 4;
+  EXPECT_EQ(RegQueryValueLeavingKeyOpen(kTree.c_str(), "number", buffer, size), 0u);
+  EXPECT_EQ(size, 4u);
+  EXPECT_STREQ(buffer, "ABCD---");
+  size = 3;
+  EXPECT_EQ(RegQueryValueLeavingKeyOpen(kTree.c_str(), "number", buffer, size), 234u);
+  EXPECT_EQ(size, 4u);
+  EXPECT_EQ(RegQueryValueLeavingKeyOpen(kTree.c_str(), "none", buffer, size), 2u);
+  EXPECT_EQ(RegQueryValueLeavingKeyOpen(Sub("none").c_str(), "text", buffer, size), 2u);
+  EXPECT_EQ(RegQueryValueLeavingKeyOpen((kTree + "\\").c_str(), "number", buffer, size), 0u);
+}
+
 }  // namespace

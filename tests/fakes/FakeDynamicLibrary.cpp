@@ -10,6 +10,8 @@ namespace {
 
 struct State {
   std::map<std::string, fake_dynamic_library::Exports> libraries;
+  std::map<std::string, std::uint32_t> refused;
+  std::function<void(const std::string&)> onLoad;
   std::vector<std::string> calls;
   std::optional<std::uint32_t> errorAfterFind;
   int loaded = 0;
@@ -19,6 +21,9 @@ struct State {
 std::recursive_mutex g_mutex;
 State g_state;
 thread_local std::uint32_t g_lastError = 0;
+
+// Nobody may take what unloading leaves for the error of an earlier step.
+constexpr std::uint32_t kErrorAfterFree = 1114;
 
 using Lock = std::lock_guard<std::recursive_mutex>;
 
@@ -39,6 +44,16 @@ void Reset() {
 void Add(const std::string& name, Exports exports) {
   const Lock lock(g_mutex);
   g_state.libraries[name] = std::move(exports);
+}
+
+void RefuseLoad(const std::string& name, std::uint32_t error) {
+  const Lock lock(g_mutex);
+  g_state.refused[name] = error;
+}
+
+void OnLoad(std::function<void(const std::string&)> hook) {
+  const Lock lock(g_mutex);
+  g_state.onLoad = std::move(hook);
 }
 
 std::vector<std::string> Calls() {
@@ -65,6 +80,12 @@ bool DynamicLibrary::Load(const char* name) {
   const Lock lock(g_mutex);
   Free();
   g_state.calls.push_back(std::string("load ") + name);
+  if (g_state.onLoad) g_state.onLoad(name);
+  const auto refused = g_state.refused.find(name);
+  if (refused != g_state.refused.end()) {
+    g_lastError = refused->second;
+    return false;
+  }
   const auto found = g_state.libraries.find(name);
   if (found == g_state.libraries.end()) {
     g_lastError = 126;
@@ -96,6 +117,7 @@ void DynamicLibrary::Free() {
   g_state.calls.push_back("free " + LibraryAt(handle_)->first);
   --g_state.loaded;
   handle_ = nullptr;
+  g_lastError = kErrorAfterFree;
 }
 
 void* DynamicLibrary::Release() { return std::exchange(handle_, nullptr); }

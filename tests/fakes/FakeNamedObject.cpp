@@ -2,6 +2,7 @@
 
 #include <mutex>
 #include <set>
+#include <utility>
 
 #include "platform/NamedObject.h"
 #include "tests/fakes/NotOurs.h"
@@ -11,6 +12,7 @@ namespace {
 struct State {
   std::vector<std::string> calls;
   std::set<std::string> events;
+  std::function<void()> onSignal;
   std::uint32_t waitResult = WAIT_OBJECT_0;
   bool mutexes = true;
 } g_state;
@@ -37,6 +39,8 @@ void OfferEvent(const std::string& name) {
   const std::lock_guard<std::mutex> lock(g_eventMutex);
   g_state.events.insert(name);
 }
+
+void OnSignal(std::function<void()> hook) { g_state.onSignal = std::move(hook); }
 
 }  // namespace fake_named_object
 
@@ -65,6 +69,7 @@ bool platform::SetEventIfItExists(const char* name) {
 
 std::uint32_t platform::SignalEvent(const char* name) {
   const NotOurs notOurs;
+  if (g_state.onSignal) g_state.onSignal();
   const std::lock_guard<std::mutex> lock(g_eventMutex);
   g_state.calls.push_back(std::string("signal ") + name);
   return g_state.events.count(name) != 0 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;

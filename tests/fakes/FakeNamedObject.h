@@ -2,6 +2,7 @@
 #define TESTS_FAKES_FAKENAMEDOBJECT_H_
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,8 @@ std::vector<std::string> Calls();
 void AnswerWait(std::uint32_t result);
 void RefuseMutexes();
 void OfferEvent(const std::string& name);
+/// Called when somebody signals an event, before it is signalled. Set it while no worker runs.
+void OnSignal(std::function<void()> hook);
 
 }  // namespace fake_named_object
 

@@ -1,0 +1,45 @@
+#include "tests/fakes/FakeWorkerThread.h"
+
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "platform/WorkerThread.h"
+#include "tests/fakes/NotOurs.h"
+
+namespace {
+
+// Touched by the one thread that starts workers, and at the end of the program.
+struct Workers {
+  ~Workers() { Join(); }
+  void Join() {
+    for (std::thread& thread : threads) thread.join();
+    threads.clear();
+  }
+  std::vector<std::thread> threads;
+  int started = 0;
+  bool refuse = false;
+} g_workers;
+
+}  // namespace
+
+void fake_worker_thread::Reset() {
+  g_workers.Join();
+  g_workers.started = 0;
+  g_workers.refuse = false;
+}
+
+void fake_worker_thread::JoinAll() { g_workers.Join(); }
+void fake_worker_thread::Refuse() { g_workers.refuse = true; }
+int fake_worker_thread::Started() { return g_workers.started; }
+
+bool platform::StartWorker(std::unique_ptr<Work> work) {
+  const NotOurs notOurs;
+  if (g_workers.refuse) return false;
+  ++g_workers.started;
+  g_workers.threads.emplace_back([owned = std::move(work)]() mutable {
+    owned->Run();
+    owned.reset();
+  });
+  return true;
+}

@@ -1,0 +1,18 @@
+#ifndef TESTS_FAKES_FAKEWORKERTHREAD_H_
+#define TESTS_FAKES_FAKEWORKERTHREAD_H_
+
+/// Real threads that can be waited for, and refused, behind platform/WorkerThread.h.
+namespace fake_worker_thread {
+
+/// Waits for every worker; then workers can be started again, none has been, and none is refused.
+void Reset();
+/// Waits until every worker started so far has run and its work is destroyed.
+void JoinAll();
+/// Lets no further worker start.
+void Refuse();
+/// How many were started since Reset.
+int Started();
+
+}  // namespace fake_worker_thread
+
+#endif  // TESTS_FAKES_FAKEWORKERTHREAD_H_
