@@ -134,7 +134,7 @@ TEST_F(RestartLoadTest, AServerWhoseRestartsEndWhileItStopsDoesNotCrash) {
 // In the ordinary run few, for each loads and frees two libraries; the variable asks for more.
 int ManyRestarts() {
   const char* const asked = std::getenv("QORLIX_RESTARTS");
-  return asked != nullptr ? std::max(std::atoi(asked), 1) : 600;
+  return asked != nullptr ? std::max(std::atoi(asked), 1) : 400;
 }
 
 class RestartGrowthTest : public RestartLoadTest {
