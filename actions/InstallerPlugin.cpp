@@ -18,6 +18,12 @@ using Deinstaller = std::uint32_t(ENTRY_CDECL*)(char* hardwareId, const char* de
 
 using ShortText = RequestText<platform::kMaxPath>;
 
+// A plug-in may look behind the texts it is given, and finds zeros there.
+template <typename... Texts>
+void ClearAll(Texts&... texts) {
+  (texts.Clear(), ...);
+}
+
 // A value as the registry holds it, which may lack its terminator.
 struct DeviceValue {
   char text[platform::kMaxPath + 1] = {};
@@ -113,6 +119,7 @@ SrvResult CQorlixSRVPipe::Install(int conId) {
   ZQ_TRACE(TRC_PROGRESS, kFct, ">> Install start");
 
   ShortText deviceId, languageExt;
+  ClearAll(deviceId, languageExt);
   FieldReader fields(*this, conId, kFct);
   fields.Text(deviceId, "<< result = 0x%x DeviceID");
   fields.Text(languageExt, "<< result = 0x%x LanguageExt");
@@ -143,6 +150,7 @@ SrvResult CQorlixSRVPipe::Deinstall(int conId) {
   ZQ_TRACE(TRC_ENTER, kFct, ">> Deinstall start");
 
   ShortText deviceId, languageExt, board;
+  ClearAll(deviceId, languageExt, board);
   FieldReader fields(*this, conId, kFct);
   fields.Text(deviceId, "<< pDeviceID result = 0x%x ");
   fields.Text(languageExt, "<< pLanguageExt result = 0x%x ");

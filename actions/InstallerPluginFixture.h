@@ -1,7 +1,9 @@
 #ifndef ACTIONS_INSTALLERPLUGINFIXTURE_H_
 #define ACTIONS_INSTALLERPLUGINFIXTURE_H_
 
+#include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -29,6 +31,7 @@ inline constexpr Kind kKinds[] = {{"Install", &CQorlixSRVPipe::Install, "Install
 struct Ran {
   std::string hardwareId, deviceId, languageExt, board;
   std::uint32_t zero = 99;
+  int zeroFilled = 0;                     ///< texts with nothing behind them in their 260 bytes
   std::vector<std::string> libraryCalls;  ///< before it ran
   std::size_t boardCalls = 0;
 };
@@ -38,6 +41,12 @@ inline bool g_throws = false;
 
 inline std::string OrNull(const char* text) { return text != nullptr ? text : "(null)"; }
 
+inline bool IsZeroFilled(const char* text) {
+  if (text == nullptr) return false;
+  const std::size_t length = std::strlen(text);
+  return std::all_of(text + length, text + 260, [](char c) { return c == '\0'; });
+}
+
 inline std::uint32_t Remember(const char* hardwareId, const char* deviceId, const char* languageExt,
                               std::uint32_t zero, const char* board) {
   if (g_throws) throw std::runtime_error("fault");
@@ -46,6 +55,7 @@ inline std::uint32_t Remember(const char* hardwareId, const char* deviceId, cons
               OrNull(languageExt),
               OrNull(board),
               zero,
+              IsZeroFilled(hardwareId) + IsZeroFilled(deviceId) + IsZeroFilled(languageExt),
               fake_dynamic_library::Calls(),
               fake_board_library::Calls().size()};
   return g_result;
@@ -58,7 +68,9 @@ inline std::uint32_t Installer(char* hardwareId, const char* deviceId, char* lan
 
 inline std::uint32_t Deinstaller(char* hardwareId, const char* deviceId, char* languageExt,
                                  std::uint32_t zero, char* board) {
-  return Remember(hardwareId, deviceId, languageExt, zero, board);
+  const std::uint32_t result = Remember(hardwareId, deviceId, languageExt, zero, board);
+  if (g_ran) g_ran->zeroFilled += IsZeroFilled(board);
+  return result;
 }
 
 class InstallerPluginFixture : public ActionFixture {

@@ -38,6 +38,14 @@ TEST_P(InstallerPluginTest, ThePluginGetsTheHardwareIdTheTextsAndAZero) {
   EXPECT_EQ(g_ran->board, TheKind().trailingTexts == 2 ? "Board 1" : "");
 }
 
+TEST_P(InstallerPluginTest, BehindItsTextsThePluginFindsZeros) {
+  SetDevice("p.dll,Run");
+  AddPlugin(TheKind(), kSystem + "p.dll");
+  EXPECT_EQ(Run(), 0u);
+  ASSERT_TRUE(g_ran);
+  EXPECT_EQ(g_ran->zeroFilled, 2 + TheKind().trailingTexts);
+}
+
 TEST_P(InstallerPluginTest, ItRunsBehindLoadAndFindAndBeforeAnythingElse) {
   SetDevice("p.dll,Run");
   AddPlugin(TheKind(), kSystem + "p.dll");

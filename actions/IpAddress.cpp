@@ -27,14 +27,23 @@ SrvResult FindExport(const char* function, const char* name, platform::DynamicLi
     (void)platform::AppendToPath(path, "\\ipcfgx.dll");
   }
   ZQ_TRACE_AS(TRC_PROGRESS, kComponent, function, "LoadLibrary ipcfgx.dll");
-  if (!library.Load(path)) {
-    const std::uint32_t error = platform::LastError();
+  std::uint32_t loaded = 0;
+  std::uint32_t error = 0;
+  if (!GuardedCall(loaded, [&] {
+        const bool done = library.Load(path);
+        error = platform::LastError();
+        return done ? 1u : 0u;
+      })) {
+    ZQ_TRACE(TRC_ERROR, function, "Exception: LoadLibrary ipcfgx.dll");
+    return SRV_ERR_EXCEPTION_OCCURED;
+  }
+  if (loaded == 0) {
     ZQ_TRACE_AS(TRC_ERROR, kComponent, function, "LoadLibrary ipcfgx.dll failed: %x", error);
     return SRV_ERR_DLL_NOT_FOUND;
   }
   entry = library.Find(name);
   if (entry == nullptr) {
-    const std::uint32_t error = platform::LastError();
+    error = platform::LastError();
     ZQ_TRACE_AS(TRC_ERROR, kComponent, function, "GetProcAddress %s failed: 0x%x", name, error);
     return SRV_ERR_ENTRY_POINT_MISSING;
   }

@@ -134,6 +134,14 @@ TEST_F(IpAddressTest, ALibraryThatRaisesIs8604AndUnloaded) {
   EXPECT_EQ(fake_dynamic_library::StillLoaded(), 0);
 }
 
+TEST_F(IpAddressTest, LoadingThatRaisesIs8604) {
+  AddLibrary();
+  fake_dynamic_library::OnLoad([](const std::string&) { throw std::runtime_error("fault"); });
+  EXPECT_EQ(Do(kAdd, kAddRequest), SRV_ERR_EXCEPTION_OCCURED);
+  EXPECT_EQ(Do(kDel, kDelRequest), SRV_ERR_EXCEPTION_OCCURED);
+  EXPECT_FALSE(g_ran);
+}
+
 TEST_F(IpAddressTest, EveryTruncationIsTheReadersCode) {
   AddLibrary();
   ExpectEveryTruncationRefused(kAdd, kAddRequest);

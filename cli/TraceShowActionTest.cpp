@@ -80,6 +80,13 @@ TEST_F(TraceShowTest, ANumericLevelIsShownAsIgnored) {
   EXPECT_TRUE(Says("note: Level is ignored: it is a REG_DWORD"));
 }
 
+TEST_F(TraceShowTest, AValueThatIsTooLongIsShownAsIgnored) {
+  FakeTrace::SetText("FctName", std::string(260, 'x'));
+  EXPECT_EQ(Run({"trace", "show"}), kExitOk);
+  EXPECT_TRUE(Says("  FctName        all           there, but ignored;"));
+  EXPECT_TRUE(Says("note: FctName is ignored: it is longer than the 260 bytes that are read"));
+}
+
 TEST_F(TraceShowTest, TheAnswerInJsonIsValidWhateverTheValuesHold) {
   FakeTrace::SetText("Level", "\x01\xff");
   FakeTrace::SetText("Path", "\x80\"\\");

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <sddl.h>
+
 #include <string>
 
 namespace {
@@ -49,6 +51,22 @@ TEST(NamedObjectTest, AnEventOfSomebodyElseIsSignalledWithoutAHandleLeftBehind) 
   EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_OBJECT_0);
   (void)CloseHandle(event);
   EXPECT_EQ(OpenEventA(SYNCHRONIZE, FALSE, kName), nullptr);
+}
+
+// Whoever made it need not let others do more with it.
+TEST(NamedObjectTest, TheRightToSetAnEventIsEnoughToSignalIt) {
+  constexpr char kName[] = "QorlixNamedObjectTestSetOnly";
+  SECURITY_ATTRIBUTES onlySet = {sizeof(onlySet), nullptr, FALSE};
+  ASSERT_NE(ConvertStringSecurityDescriptorToSecurityDescriptorA(
+                "D:(A;;0x2;;;WD)", SDDL_REVISION_1, &onlySet.lpSecurityDescriptor, nullptr),
+            FALSE);
+  const HANDLE event = CreateEventA(&onlySet, TRUE, FALSE, kName);
+  ASSERT_NE(event, nullptr);
+  EXPECT_EQ(OpenEventA(EVENT_ALL_ACCESS, FALSE, kName), nullptr);
+  EXPECT_EQ(platform::SignalEvent(kName), DWORD{ERROR_SUCCESS});
+  EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_OBJECT_0);
+  (void)CloseHandle(event);
+  (void)LocalFree(onlySet.lpSecurityDescriptor);
 }
 
 TEST(NamedObjectTest, AnEventThatNobodyCreatedCannotBeSignalled) {

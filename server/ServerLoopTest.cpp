@@ -150,12 +150,17 @@ TEST_F(ServerLoopTest, AnUnknownStateWithoutPendingOperationEndsTheLoop) {
 }
 
 TEST_F(ServerLoopTest, AnUnknownPipeStateEndsTheLoop) {
+  FakeTrace::Collect(TRC_ERROR);
   OnWait([] {
     fake_pipe_io::Complete(5);
     Pipe[5].dwState = 3;
   });
   ClientSends(6, "1000");
   Run();
+  std::vector<std::string> texts;
+  for (const FakeTrace::Line& line : FakeTrace::Lines()) texts.push_back(line.text);
+  FakeTrace::Reset();
+  EXPECT_THAT(texts, testing::Contains("<< Error Invalid PipeState"));
   EXPECT_TRUE(Written(6).empty());
 }
 

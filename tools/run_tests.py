@@ -10,6 +10,7 @@ Closes with the line "N passed, N failed" (", N skipped" where some were) and ex
 something passed and nothing failed.
 """
 import argparse
+import concurrent.futures
 import json
 import os
 import pathlib
@@ -60,36 +61,54 @@ def run_ctest(build: pathlib.Path, jobs: int) -> list:
     return results
 
 
-def show_failure(output: str) -> None:
-    lines = output.splitlines()
-    interesting = [line for line in lines if not line.startswith(("[       OK", "[ RUN", "[-----"))]
-    print("\n".join(interesting[-120:]))
+def interesting(output: str) -> str:
+    """What a reader of a failure needs of a program's output."""
+    noise = ("[       OK", "[ RUN", "[-----")
+    lines = [line for line in output.splitlines()
+             if not line.startswith(noise) and ":err:eventlog:" not in line]
+    return "\n".join(lines[-120:])
+
+
+def run_check(check: str) -> tuple:
+    """Returns (passed, failed, skipped) and what to print."""
+    name, command = check.split("=", 1)
+    done = subprocess.run(command, shell=True, capture_output=True, text=True)
+    if done.returncode == 0:
+        return (1, 0, 0), f"passed  {name}"
+    return (0, 1, 0), f"FAILED  {name}\n{done.stdout}{done.stderr}"
+
+
+def run_build(build: pathlib.Path, jobs: int) -> tuple:
+    total = [0, 0, 0]
+    lines = []
+    for name, passed, failed, skipped, output in run_ctest(build.resolve(), jobs):
+        total = [total[0] + passed, total[1] + failed, total[2] + skipped]
+        state = "FAILED" if failed else "passed"
+        lines.append(f"{state}  {build.name}/{name}: {passed} passed, {failed} failed")
+        if failed:
+            lines.append(interesting(output))
+    return tuple(total), "\n".join(lines)
 
 
 def main() -> int:
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("builds", nargs="+", type=pathlib.Path, help="build directories")
-    parser.add_argument("--jobs", type=int, default=os.cpu_count() or 1)
+    parser.add_argument("--jobs", type=int, default=(os.cpu_count() or 1) + 2,
+                        help="programs at a time; many of them wait most of the time")
     parser.add_argument("--check", action="append", default=[], metavar="NAME=COMMAND",
                         help="one more test: a command that exits 0")
     arguments = parser.parse_args()
 
+    # The checks one after another beside the programs: what waits leaves them the processor.
     total = [0, 0, 0]
-    for check in arguments.check:
-        name, command = check.split("=", 1)
-        done = subprocess.run(command, shell=True, capture_output=True, text=True)
-        failed = done.returncode != 0
-        total[1 if failed else 0] += 1
-        print(f"{'FAILED' if failed else 'passed'}  {name}", flush=True)
-        if failed:
-            print(done.stdout + done.stderr)
-    for build in arguments.builds:
-        for name, passed, failed, skipped, output in run_ctest(build.resolve(), arguments.jobs):
-            total = [total[0] + passed, total[1] + failed, total[2] + skipped]
-            state = "FAILED" if failed else "passed"
-            print(f"{state}  {build.name}/{name}: {passed} passed, {failed} failed", flush=True)
-            if failed:
-                show_failure(output)
+    with concurrent.futures.ThreadPoolExecutor(1) as checker, \
+            concurrent.futures.ThreadPoolExecutor(1) as tester:
+        pending = [tester.submit(run_build, build, arguments.jobs) for build in arguments.builds]
+        pending += [checker.submit(run_check, check) for check in arguments.check]
+        for done in concurrent.futures.as_completed(pending):
+            counts, text = done.result()
+            total = [a + b for a, b in zip(total, counts)]
+            print(text, flush=True)
     closing = f"{total[0]} passed, {total[1]} failed"
     print(closing + (f", {total[2]} skipped" if total[2] else ""))
     return 0 if total[0] > 0 and total[1] == 0 else 1

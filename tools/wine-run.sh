@@ -6,7 +6,16 @@
 # With QORLIX_DISPLAY=1 the program can show windows: it runs on a virtual screen. Wine decides when
 # its server starts whether there is a screen, so such programs have a prefix and a server of their
 # own, which ends with them; they take turns.
+#
+# With QORLIX_LANE=NAME the program runs in a prefix of that name: one machine has one server and one
+# registry, so programs that need them take turns within a lane, and the lanes run side by side.
 set -u
+if [ -n "${QORLIX_LANE:-}" ]; then
+  root=$(cd "$(dirname "$0")/.." && pwd)
+  mkdir -p "$root/build"
+  export QORLIX_WINEPREFIX=${QORLIX_WINEPREFIX:-$root/build/wine}-$QORLIX_LANE
+  unset QORLIX_LANE
+fi
 if [ "${QORLIX_DISPLAY:-}" = 1 ]; then
   root=$(cd "$(dirname "$0")/.." && pwd)
   mkdir -p "$root/build"
@@ -17,7 +26,7 @@ fi
 . "$(dirname "$0")/wine-env.sh"
 # A crash ends a program, rather than asking somebody about it who is not there.
 [ "${QORLIX_DISPLAY:-}" != open ] || WINEDLLOVERRIDES="$WINEDLLOVERRIDES;winedbg.exe=d"
-wine_prepare
+if [ "${QORLIX_DISPLAY:-}" = open ]; then wine_prepare; else wine_start; fi
 if [ "${QORLIX_DISPLAY:-}" = open ] && [ ! -e "$WINEPREFIX/.qorlix-unmanaged" ]; then
   # Nothing manages the windows of this screen; Wine would wait two seconds for it at every close.
   wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1 &&

@@ -38,11 +38,12 @@ bool ParameterKey::Read(const char* name, RawParameter& value) const {
   DWORD bytes = kParameterCapacity;
   const LSTATUS status = RegQueryValueExA(static_cast<HKEY>(key_), name, /*lpReserved=*/nullptr,
                                           &type, reinterpret_cast<BYTE*>(value.data), &bytes);
-  if (status != ERROR_SUCCESS || bytes > kParameterCapacity) return false;
+  const bool isThere = status == ERROR_SUCCESS || status == ERROR_MORE_DATA;
   value.type = type;
-  value.bytes = bytes;
-  value.data[bytes] = '\0';
-  return true;
+  value.bytes = isThere ? bytes : 0;
+  const bool isRead = status == ERROR_SUCCESS && bytes <= kParameterCapacity;
+  value.data[isRead ? bytes : 0] = '\0';
+  return isRead;
 }
 
 void TakeMoment(TraceMoment& moment) {

@@ -33,7 +33,8 @@ class ParameterKey {
 
   bool IsOpen() const { return key_ != nullptr; }
 
-  /// \returns false when there is no such value, or it has more than kParameterCapacity bytes.
+  /// \returns false when there is no such value, which leaves 0 in `bytes`, or it has more than
+  ///   kParameterCapacity bytes, which says how many.
   bool Read(const char* name, RawParameter& value) const;
 
  private:

@@ -14,14 +14,20 @@ constexpr WORD kEventCategory = 1;
 
 HANDLE g_driver = INVALID_HANDLE_VALUE;
 
+/// Opens a trace file. Every local user may say where that is, and it may be a pipe of his own; who
+/// holds its other end learns who we are, and cannot act in our name.
+HANDLE OpenTraceFile(const char* name, DWORD access, DWORD sharing, DWORD disposition) {
+  constexpr DWORD kFlags = FILE_ATTRIBUTE_NORMAL | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
+  return CreateFileA(name, access, sharing, /*lpSecurityAttributes=*/nullptr, disposition, kFlags,
+                     /*hTemplateFile=*/nullptr);
+}
+
 }  // namespace
 
 std::optional<std::uint64_t> AppendFile::Open(const char* name) {
   Close();
-  const HANDLE file = CreateFileA(name, FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE,
-                                  FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                  /*lpSecurityAttributes=*/nullptr, OPEN_ALWAYS,
-                                  FILE_ATTRIBUTE_NORMAL, /*hTemplateFile=*/nullptr);
+  const HANDLE file = OpenTraceFile(name, FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_ALWAYS);
   if (file == INVALID_HANDLE_VALUE) return std::nullopt;
   file_ = file;
   return Size();
@@ -47,10 +53,16 @@ void AppendFile::Close() {
 void RemoveFile(const char* name) { (void)DeleteFileA(name); }
 
 std::optional<std::uint64_t> ModificationTime(const char* name) {
-  WIN32_FILE_ATTRIBUTE_DATA data;
-  if (GetFileAttributesExA(name, GetFileExInfoStandard, &data) == FALSE) return std::nullopt;
-  return (static_cast<std::uint64_t>(data.ftLastWriteTime.dwHighDateTime) << 32) |
-         data.ftLastWriteTime.dwLowDateTime;
+  const HANDLE file =
+      OpenTraceFile(name, FILE_READ_ATTRIBUTES,
+                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, OPEN_EXISTING);
+  if (file == INVALID_HANDLE_VALUE) return std::nullopt;
+  FILETIME written;
+  const bool known = GetFileTime(file, /*lpCreationTime=*/nullptr, /*lpLastAccessTime=*/nullptr,
+                                 &written) != FALSE;
+  (void)CloseHandle(file);
+  if (!known) return std::nullopt;
+  return (static_cast<std::uint64_t>(written.dwHighDateTime) << 32) | written.dwLowDateTime;
 }
 
 void SendToDebugger(const char* text) { OutputDebugStringA(text); }

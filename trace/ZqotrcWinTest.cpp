@@ -67,10 +67,13 @@ TEST_F(ZqotrcWinTest, AValueCarriesTypeLengthAndBytes) {
   EXPECT_EQ(value.bytes, 260u);
   EXPECT_EQ(std::string(value.data), std::string(259, 'x'));
   EXPECT_FALSE(key.Read("long", value));
+  EXPECT_EQ(value.bytes, 261u);
+  EXPECT_STREQ(value.data, "");
   ASSERT_TRUE(key.Read("number", value));
   EXPECT_EQ(value.type, static_cast<DWORD>(REG_DWORD));
   EXPECT_EQ(value.bytes, 4u);
   EXPECT_FALSE(key.Read("missing", value));
+  EXPECT_EQ(value.bytes, 0u);
   EXPECT_TRUE(!key.Read("none", value) || value.bytes <= 1);
 }
 

@@ -129,7 +129,7 @@ bool TakePlace(Columns& columns, TraceLine& line) {
 
 /// Names of functions hold no blank inside, so the name is the first word. One blank parts it from
 /// the text; where the name ends in a colon, a second one is the name's own ("Reg_SetValue: "
-/// against "Reg_DelKey:"), because texts do not begin with a blank.
+/// against "Reg_DelKey:"). The few texts that begin with a blank belong to names of the first kind.
 void SplitFunction(std::string_view both, TraceLine& line) {
   const std::size_t end = std::min(both.find(' '), both.size());
   std::string_view name = both.substr(0, end);

@@ -51,7 +51,9 @@ bool MatchesText(const std::string& pattern, const std::string& text) {
 bool PassesLevel(std::uint32_t levels, const TraceLine& line) {
   if (levels == 0xFFFFFFFF || line.level.empty()) return true;
   for (const LevelCodeInfo& known : LevelCodes()) {
-    if (known.code == line.level) return (known.bits & levels) != 0;
+    if (known.code != line.level || known.bits == 0xFFFFFFFF) continue;
+    // A level without a bit is asked for by asking for none.
+    return known.bits == levels || (known.bits & levels) != 0;
   }
   return true;
 }

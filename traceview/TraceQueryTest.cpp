@@ -44,10 +44,19 @@ TEST(PassesTest, ALevelPassesByItsBit) {
 
 TEST(PassesTest, ALineThatIsOfEveryLevelOrOfNoneThatIsKnownPasses) {
   TraceQuery query;
-  query.levels = 16;
-  for (const char* const level : {"--", "??", "", "zz"}) {
-    EXPECT_TRUE(Passes(query, Line(level, "F", "t"))) << level;
+  for (const std::uint32_t levels : {16u, 0u}) {
+    query.levels = levels;
+    for (const char* const level : {"--", "??", "", "zz"}) {
+      EXPECT_TRUE(Passes(query, Line(level, "F", "t"))) << level << " at " << levels;
+    }
   }
+}
+
+TEST(PassesTest, ALineWithoutALevelsBitIsAskedForByName) {
+  TraceQuery query;
+  ASSERT_TRUE(ParseLevels("none", query.levels));
+  EXPECT_TRUE(Passes(query, Line("##", "F", "t")));
+  EXPECT_FALSE(Passes(query, Line("FR", "F", "t")));
 }
 
 TEST(PassesTest, TheFunctionMatchesAsAWholeAndTheTextWithItsBeginning) {

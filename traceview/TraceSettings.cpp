@@ -158,10 +158,11 @@ void CheckFileText(const Setting& setting, std::string_view text, CheckedValue& 
 StoredSetting ReadStored(const zqotrc::ParameterKey& key, std::string_view name) {
   StoredSetting stored;
   zqotrc::RawParameter value;
-  if (!key.Read(std::string(name).c_str(), value)) return stored;
-  stored.isThere = true;
+  const bool isRead = key.Read(std::string(name).c_str(), value);
+  stored.isTooLong = !isRead && value.bytes != 0;
+  stored.isThere = isRead || stored.isTooLong;
   stored.type = value.type;
-  stored.counts = value.type == zqotrc::kParameterTypeText && value.bytes != 0;
+  stored.counts = isRead && value.type == zqotrc::kParameterTypeText && value.bytes != 0;
   if (stored.counts) stored.text = value.data;
   return stored;
 }
@@ -178,6 +179,12 @@ std::string Joined(const zqotrc::PatternList& patterns) {
 const StoredSetting& Stored(const Configuration& configuration, std::string_view name) {
   const auto index = static_cast<std::size_t>(FindSetting(name) - kSettings);
   return configuration.stored[index];
+}
+
+std::string WhyIgnored(const StoredSetting& stored) {
+  if (stored.isTooLong) return "longer than the 260 bytes that are read";
+  return std::string(stored.type == 4 ? "a REG_DWORD" : "not a text, or empty") +
+         ", and only texts (REG_SZ) count";
 }
 
 void AddFilePitfalls(const Configuration& configuration, std::vector<std::string>& pitfalls) {
@@ -312,9 +319,7 @@ std::vector<std::string> Pitfalls(const Configuration& configuration) {
   for (std::size_t i = 0; i < configuration.stored.size(); ++i) {
     const StoredSetting& stored = configuration.stored[i];
     if (!stored.isThere || stored.counts) continue;
-    pitfalls.push_back(std::string(kSettings[i].name) + " is ignored: it is " +
-                       (stored.type == 4 ? "a REG_DWORD" : "not a text, or empty") +
-                       ", and only texts (REG_SZ) count");
+    pitfalls.push_back(std::string(kSettings[i].name) + " is ignored: it is " + WhyIgnored(stored));
   }
   if (config.level != 0 && config.programMask == 0) {
     pitfalls.emplace_back(

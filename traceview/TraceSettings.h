@@ -42,6 +42,7 @@ struct StoredSetting {
   bool counts = false;  ///< is a text, and so is taken
   std::string text;     ///< if it counts
   std::uint32_t type = 0;
+  bool isTooLong = false;  ///< more bytes than are read, so that it does not count
 };
 
 /// The configuration that a process reads now.

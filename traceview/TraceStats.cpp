@@ -36,17 +36,23 @@ void Close(OpenCall& call, std::vector<std::int64_t>& durations) {
   call = {};
 }
 
+/// The text from its first character on: two commands open with a blank in front of their `>>`.
+std::string_view WithoutLeadingBlanks(std::string_view text) {
+  return text.substr(std::min(text.find_first_not_of(' '), text.size()));
+}
+
 void Count(Collected& function, const TraceLine& line) {
   ++function.stats.lines;
   if (TellsFailure(line)) ++function.stats.errors;
-  const bool starts = line.text.starts_with(">>");
+  const std::string_view text = WithoutLeadingBlanks(line.text);
+  const bool starts = text.starts_with(">>");
   if (starts) ++function.stats.calls;
   if (line.microseconds < 0) return;
   OpenCall& call = function.calls[{line.process, line.thread}];
   if (starts) {
     Close(call, function.durations);
     call = {/*open=*/true, /*ended=*/false, line.microseconds, /*end=*/0, line.layout};
-  } else if (call.open && line.text.starts_with("<<")) {
+  } else if (call.open && text.starts_with("<<")) {
     call.ended = true;
     call.end = line.microseconds;
   }

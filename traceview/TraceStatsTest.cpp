@@ -47,6 +47,14 @@ TEST_F(TraceStatsTest, LinesCallsAndErrorsAreCounted) {
   EXPECT_EQ(StatsOf(lines_).front().name, "F");
 }
 
+TEST_F(TraceStatsTest, ACallThatOpensWithABlankIsOneAsWell) {
+  Add("GetDeviceStateEx", " >> Start", 100);
+  Add("GetDeviceStateEx", "<< result = 0x0", 120);
+  const FunctionStats stats = Of("GetDeviceStateEx");
+  EXPECT_EQ(stats.calls, 1u);
+  EXPECT_EQ(stats.longest, 20);
+}
+
 TEST_F(TraceStatsTest, ACallEndsWithItsLastResult) {
   Add("F", ">> Start", 100);
   Add("F", "<< step result = 0x0", 110);

@@ -8,9 +8,11 @@ namespace {
 
 constexpr DWORD kForeignCxxException = 0xE06D7363;
 
-// Runs until the stack's guard page is hit; whoever catches that has to set it up again.
+// Runs until the stack's guard page is hit; whoever catches that has to set it up again. In small
+// steps, so that most of that page is left when it happens: Wine needs it to raise the exception at
+// all, and ends the process otherwise.
 __attribute__((noinline)) int UseUpStack(int depth) {
-  volatile char block[2048];
+  volatile char block[32];
   block[depth % sizeof(block)] = 1;
   return depth == 0 ? 0 : UseUpStack(depth + 1) + block[depth % sizeof(block)];
 }

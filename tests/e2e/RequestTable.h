@@ -29,6 +29,10 @@ struct RequestRow {
 /// For the names of parameterised tests.
 std::ostream& operator<<(std::ostream& out, const RequestRow& row);
 
+/// The commands of the installation and maintenance actions that have fields. Their failure tail is
+/// what a request that cannot be read is answered with behind the first reply.
+const std::vector<RequestRow>& ActionRequests();
+
 /// The ten registry commands. All work in or on SOFTWARE\Vesmark\NORVA\E2E.
 const std::vector<RequestRow>& RegistryRequests();
 

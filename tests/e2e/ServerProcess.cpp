@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <psapi.h>
+#include <tlhelp32.h>
 #include <winternl.h>
 
 #include <algorithm>
@@ -13,6 +14,7 @@ namespace {
 constexpr char kStartEvent[] = "_QorlixSRVStartSRVEvent";
 constexpr DWORD kStartMs = 20000;
 constexpr DWORD kSettleMs = 3000;
+constexpr DWORD kSettlePollMs = 5;
 constexpr DWORD kDebugPollMs = 20;
 constexpr UINT kKilled = 9;
 
@@ -50,6 +52,18 @@ std::uint32_t CountInListOfAllHandles(std::uint32_t processId) {
   return static_cast<std::uint32_t>(
       std::count_if(entries, entries + head->count,
                     [processId](const HandleEntry& entry) { return entry.process == processId; }));
+}
+
+template <typename Count>
+testing::AssertionResult ComesBackTo(std::uint32_t count, const char* what, Count counted) {
+  const ULONGLONG end = GetTickCount64() + kSettleMs;
+  std::uint32_t now = counted();
+  while (now > count && GetTickCount64() < end) {
+    Sleep(kSettlePollMs);
+    now = counted();
+  }
+  if (now <= count) return testing::AssertionSuccess();
+  return testing::AssertionFailure() << now << ' ' << what << ", more than " << count;
 }
 
 std::string DebugText(HANDLE process, const OUTPUT_DEBUG_STRING_INFO& report) {
@@ -176,14 +190,41 @@ std::uint32_t ServerProcess::HandleCount() const {
 }
 
 testing::AssertionResult ServerProcess::ComesBackToHandleCount(std::uint32_t count) const {
-  const ULONGLONG end = GetTickCount64() + kSettleMs;
-  std::uint32_t now = HandleCount();
-  while (now > count && GetTickCount64() < end) {
-    Sleep(10);
-    now = HandleCount();
+  return ComesBackTo(count, "handles", [this] { return HandleCount(); });
+}
+
+std::uint32_t ServerProcess::ThreadCount() const {
+  const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+  THREADENTRY32 entry = {};
+  entry.dwSize = sizeof(entry);
+  std::uint32_t count = 0;
+  for (BOOL more = Thread32First(snapshot, &entry); more != FALSE;
+       more = Thread32Next(snapshot, &entry)) {
+    if (entry.th32OwnerProcessID == id_) ++count;
   }
-  if (now <= count) return testing::AssertionSuccess();
-  return testing::AssertionFailure() << now << " handles, more than " << count;
+  CloseHandle(snapshot);
+  EXPECT_GT(count, 0u);
+  return count;
+}
+
+testing::AssertionResult ServerProcess::ComesBackToThreadCount(std::uint32_t count) const {
+  return ComesBackTo(count, "threads", [this] { return ThreadCount(); });
+}
+
+bool ServerProcess::HasModule(const std::string& fileName) const {
+  std::vector<HMODULE> modules(512);
+  DWORD size = 0;
+  EXPECT_NE(K32EnumProcessModules(process_, modules.data(),
+                                  static_cast<DWORD>(modules.size() * sizeof(HMODULE)), &size),
+            FALSE);
+  modules.resize(std::min<std::size_t>(modules.size(), size / sizeof(HMODULE)));
+  // Without itself the list is of another process, or of none.
+  EXPECT_FALSE(modules.empty());
+  return std::any_of(modules.begin(), modules.end(), [&](HMODULE module) {
+    char name[MAX_PATH] = "";
+    (void)K32GetModuleBaseNameA(process_, module, name, sizeof(name));
+    return lstrcmpiA(name, fileName.c_str()) == 0;
+  });
 }
 
 std::size_t ServerProcess::PrivateBytes() const {

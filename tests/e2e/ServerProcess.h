@@ -49,6 +49,15 @@ class ServerProcess {
   /// while an operation of the server runs.
   testing::AssertionResult ComesBackToHandleCount(std::uint32_t count) const;
 
+  /// Threads that run in it.
+  std::uint32_t ThreadCount() const;
+
+  /// Whether it comes back to that many threads or fewer.
+  testing::AssertionResult ComesBackToThreadCount(std::uint32_t count) const;
+
+  /// Whether a library of this file name is loaded in it; upper and lower case are the same.
+  bool HasModule(const std::string& fileName) const;
+
   /// Bytes of memory that are its own.
   std::size_t PrivateBytes() const;
 

@@ -21,10 +21,12 @@ ParameterKey::~ParameterKey() { key_ = nullptr; }
 bool ParameterKey::Read(const char* name, RawParameter& value) const {
   const auto& parameters = *static_cast<const std::map<std::string, FakeTrace::Parameter>*>(key_);
   const auto found = parameters.find(name);
-  if (found == parameters.end() || found->second.data.size() > kParameterCapacity) return false;
+  value = {};
+  if (found == parameters.end()) return false;
   const std::string& data = found->second.data;
   value.type = found->second.type;
   value.bytes = static_cast<std::uint32_t>(data.size());
+  if (data.size() > kParameterCapacity) return false;
   *std::copy(data.begin(), data.end(), value.data) = '\0';
   return true;
 }

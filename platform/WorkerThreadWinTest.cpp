@@ -1,0 +1,38 @@
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <memory>
+
+#include "platform/WorkerThread.h"
+
+// What only the platform's own threads show.
+
+namespace {
+
+constexpr LONG kThreads = 2000;
+constexpr LONG kAtOnce = 50;  // so few that there is memory for their stacks
+constexpr ULONGLONG kPatienceMs = 10000;
+
+// Ends as soon as it has begun.
+class Count final : public platform::Work {
+ public:
+  explicit Count(volatile LONG& count) : count_(count) {}
+  void Run() override { (void)InterlockedIncrement(&count_); }
+
+ private:
+  volatile LONG& count_;
+};
+
+// They end before, while and after whoever started them lets go of them.
+TEST(WorkerThreadWinTest, ThousandsThatEndAtOnceHaveAllRun) {
+  static volatile LONG count = 0;
+  for (LONG i = 0; i < kThreads; ++i) {
+    ASSERT_TRUE(platform::StartWorker(std::make_unique<Count>(count)));
+    while (count < i - kAtOnce) Sleep(0);
+  }
+  const ULONGLONG end = GetTickCount64() + kPatienceMs;
+  while (count < kThreads && GetTickCount64() < end) Sleep(1);
+  EXPECT_EQ(count, kThreads);
+}
+
+}  // namespace
