@@ -27,7 +27,7 @@ ALLOWED = {
     "board": COMMANDS,
     "actions": COMMANDS,
     "maintenance": COMMANDS,
-    "server": COMMANDS + ["board/boardsvc32.h", "actions/RestartResults.h", "maintenance"],
+    "server": COMMANDS + ["timer", "board/boardsvc32.h", "actions/RestartResults.h", "maintenance"],
     "client": ["codec/Wire.h", "server/CommandCode.h", "server/SrvResult.h"],
     "cli": ["client"],
     "standins": ["board/boardsvc32.h"],
