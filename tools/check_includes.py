@@ -30,7 +30,7 @@ ALLOWED = {
     "board": COMMANDS,
     "actions": COMMANDS,
     "maintenance": COMMANDS,
-    "server": COMMANDS + ["board/boardsvc32.h", "actions/RestartResults.h", "maintenance"],
+    "server": COMMANDS + ["timer", "board/boardsvc32.h", "actions/RestartResults.h", "maintenance"],
     "client": ["codec/Wire.h", "server/CommandCode.h", "server/SrvResult.h"],
     "traceview": ["platform", "client/CommandInfo.h"] + TRACE_FORMATS,
     "cli": ["client", "traceview", "trace/TraceConfig.h", "trace/TraceHost.h"],
