@@ -120,7 +120,10 @@ int Report::Finish(const Ending& ending, const std::string& ownHint) {
     return ending.exitCode;
   }
   if (!ending.ok) {
-    const std::string code = CodeAndName(ending.code, ending.name.c_str());
+    // A failure with 0 is a process that did not tell its end.
+    const std::string code = ending.origin == "process" && ending.code == SRV_OK
+                                 ? "exit code 0"
+                                 : CodeAndName(ending.code, ending.name.c_str());
     output_.err += std::string("qorlixctl: ") + invocation_.subcommand->name + ": ";
     output_.err += ending.origin == "server" ? "the server answered " + code + ": " + ending.text
                                              : ending.text + " (" + code + ")";

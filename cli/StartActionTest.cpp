@@ -77,6 +77,7 @@ TEST_F(StartTest, AServerThatSomebodyEndedHasNoSuccess) {
   EXPECT_EQ(Start({StartOutcome::Ready, 0, 42}, {"--stay"}), kExitServer);
   EXPECT_NE(output_.out.find("the server ended with exit code 0: it did not end by itself"),
             std::string::npos);
+  EXPECT_EQ(output_.err.find("success"), std::string::npos) << output_.err;
 }
 
 TEST_F(StartTest, StayingDoesNotWaitForAServerThatIsNotThere) {

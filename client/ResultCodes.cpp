@@ -127,7 +127,8 @@ const char* ResultText(std::uint32_t code) noexcept {
 const char* ServerExitText(std::uint32_t exitCode) noexcept {
   switch (exitCode) {
     case 0:
-      return "it did not end by itself; somebody, or Wine as it shut down, ended the process";
+      return "it did not end by itself; under Wine, a process that was killed or broke down exits "
+             "so";
     case 1:
       return "it ended as after a stop, or its pipe could not be created";
     case 183:
