@@ -56,7 +56,9 @@ constexpr char kJson[] =
     "code\n"
     "page of the system, become Unicode, with \\u escapes outside ASCII; the data of values is "
     "there in\n"
-    "hex, too, because not every byte is a character. Usage errors are text in any case.\n";
+    "hex, too, because not every byte is a character. Usage errors, help and --version are text in "
+    "any\n"
+    "case.\n";
 
 constexpr char kRegistry[] =
     "The reg commands work below HKEY_LOCAL_MACHINE, on paths such as "

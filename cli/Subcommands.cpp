@@ -30,6 +30,9 @@ constexpr char kStart[] =
     "is running already, 1 that its pipe could not be created, others are codes of Windows. One\n"
     "that is not ready in time is left running.\n"
     "\n"
+    "Ready means that the pipe exists. Before it serves anybody the server still looks after the\n"
+    "configuration and starts looking for hardware; the first request waits for that.\n"
+    "\n"
     "Examples:\n"
     "  qorlixctl start\n"
     "  qorlixctl start --server \"C:\\Program Files\\Stack\\QorlixSRV.exe\" --timeout 30\n";

@@ -11,10 +11,10 @@ if wine qorlixctl.exe ping --timeout 1 >/dev/null 2>&1; then
 fi
 
 demo='SOFTWARE\Vesmark\NORVA\Tour'
-board='SOFTWARE\Vesmark\NORVA\DefDevices\DeviceId\HWX7101'
+board='SOFTWARE\Vesmark\NORVA\DefDevices\DeviceID\HWX7101'
 names='SOFTWARE\Vesmark\NORVA\LogNames'
 devices='SOFTWARE\Vesmark\NORVA\LogDevices'
-plugin='SOFTWARE\Vesmark\NORVA\DefDevices\DeviceId\DEMO1'
+plugin='SOFTWARE\Vesmark\NORVA\DefDevices\DeviceID\DEMO1'
 gate='SOFTWARE\Vesmark\Shared Tools\MIREL'
 trace='SOFTWARE\Vesmark\NORVA\TrcParams'
 work=$(mktemp -d)
@@ -86,7 +86,7 @@ trap finish EXIT
 value() { wine reg add "HKLM\\$1" /v "$2" /d "$3" /f >/dev/null 2>&1 </dev/null; }
 cp "$QORLIX_ROOT/standins/boardsvc32/samples/two-boards.ini" "$QORLIX_ROOT/build/boards.ini"
 export QORLIX_BOARD_INVENTORY="Z:$QORLIX_ROOT/build/boards.ini"
-value "$board" HardwareId 'PCI\VEN_1F3C&DEV_5101'
+value "$board" HardwareID 'PCI\VEN_1F3C&DEV_5101'
 value "$names\\PLC1" LogDevice 'Pulled board'
 value "$gate" SetupSucceeded 1
 # And what the commands that install and restart find in the system directory: a plug-in, which the
@@ -116,7 +116,7 @@ verdict 'the server is ready' grep -q 'the server is ready' "$work/start"
 
 step 'Does it answer?' 0 'the server answered 0' ping
 step 'At its start it completed a hardware identifier' 0 '&SUBSYS_51011F3C"' \
-  reg get "$board" HardwareId
+  reg get "$board" HardwareID
 step 'And the check took a device that is gone off a logical name' 0 'data:   ""' \
   reg get "$names\\PLC1" LogDevice
 
