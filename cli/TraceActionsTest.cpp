@@ -143,7 +143,7 @@ TEST_F(TraceActionsTest, AnAnswerInJsonHoldsEveryColumn) {
 TEST_F(TraceActionsTest, StatsCountAndTimeTheFunctions) {
   const std::string file = File("A.TRC", std::string(kStart) + kRead + kEnd);
   EXPECT_EQ(Run({"trace", "stats", file}), kExitOk);
-  EXPECT_THAT(output_.out, HasSubstr("Reg_SetValue                     2         1         1    "
+  EXPECT_THAT(output_.out, HasSubstr("Reg_SetValue                     2         1         1         0    "
                                      "10.000    10.000    10.000    10.000\n"));
   EXPECT_THAT(output_.out, HasSubstr("\n3 lines\n"));
 }

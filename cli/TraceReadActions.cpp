@@ -35,7 +35,8 @@ std::string NameOf(const traceview::FunctionStats& stats) {
 
 void ShowStats(Report& report, const traceview::FunctionStats& stats) {
   std::vector<std::string> columns = {std::to_string(stats.lines), std::to_string(stats.calls),
-                                      std::to_string(stats.errors)};
+                                      std::to_string(stats.errors),
+                                      std::to_string(stats.notices)};
   for (const std::int64_t time : {stats.shortest, stats.mean, stats.longest, stats.p99}) {
     columns.push_back(stats.timed != 0 ? Milliseconds(time) : "-");
   }
@@ -45,7 +46,8 @@ void ShowStats(Report& report, const traceview::FunctionStats& stats) {
 void AddStats(JsonWriter& json, const traceview::FunctionStats& stats) {
   json.Open('{').Name("function").Text(Utf8FromAnsi(stats.name));
   json.Name("lines").Number(stats.lines).Name("calls").Number(stats.calls);
-  json.Name("errors").Number(stats.errors).Name("timed").Number(stats.timed);
+  json.Name("errors").Number(stats.errors).Name("results").Number(stats.notices);
+  json.Name("timed").Number(stats.timed);
   if (stats.timed != 0) {
     const auto add = [&json](const char* name, std::int64_t microseconds) {
       json.Name(name).Thousandths(static_cast<std::uint64_t>(microseconds));
@@ -93,7 +95,7 @@ int TraceStatsAction(const Invocation& invocation, Output& output) {
   if (!why.empty()) return report.Finish(NotThere(Printable(why)));
 
   report.Line(
-      StatsLine("function", {"lines", "calls", "errors", "min ms", "mean ms", "max ms", "p99 ms"}));
+      StatsLine("function", {"lines", "calls", "errors", "results", "min ms", "mean ms", "max ms", "p99 ms"}));
   if (report.IsJson()) report.Json().Name("functions").Open('[');
   for (const traceview::FunctionStats& stats : traceview::StatsOf(lines)) {
     ShowStats(report, stats);

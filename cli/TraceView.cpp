@@ -3,11 +3,11 @@
 #include <cstdio>
 
 #include "cli/TextEncoding.h"
+#include "traceview/LineVerdict.h"
 #include "traceview/RingView.h"
 #include "traceview/TraceAccess.h"
 #include "traceview/TraceFiles.h"
 #include "traceview/TraceSettings.h"
-#include "traceview/TraceStats.h"
 
 namespace cli {
 namespace {
@@ -101,7 +101,7 @@ std::string LinePrinter::Text(const TraceLine& line) const {
   if (named) text += Padded(Shown(line.function), 24);
   text += Shown(line.text);
   while (text.ends_with(' ')) text.pop_back();
-  const bool failure = TellsFailure(line);
+  const bool failure = traceview::MarkOf(line) == traceview::Mark::kError;
   if (colors_ && (failure || !named)) text = (failure ? kRed : kFaint) + text + kPlain;
   return text + '\n';
 }
