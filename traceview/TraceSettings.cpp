@@ -29,7 +29,7 @@ constexpr Setting kSettings[] = {
     {"Byte/File", "bytes after which the other file is taken", "2097152"},
     {"sm_size", "bytes of the ring", "2000000"},
     {"FctName", "functions that pass, as patterns with blanks between them", "all"},
-    {"Module", "components that pass, as patterns; the server's is SRV", "all"},
+    {"Module", "components that pass, as patterns; the server's are SRV and PST", "all"},
     {"String", "beginnings of texts that pass, as patterns", "all"},
     {"TraceId", "programs that pass, as patterns; the server's is QORLIXSRV64", "all"},
 };
