@@ -130,6 +130,7 @@ int TraceReportAction(const Invocation& invocation, Output& output) {
   ShowNotes(report, output, reading.notes);
 
   std::vector<std::string> names;
+  names.reserve(files.size() + 1);
   for (const std::string& file : files) names.push_back(NameOf(file));
   if (request.ring) names.emplace_back("the ring in shared memory");
   traceview::ReportFigures figures;

@@ -23,7 +23,7 @@ std::string StateOf(const StoredSetting& stored, const Configuration& configurat
                     const Setting& setting) {
   if (!stored.isThere) return "default";
   if (!stored.counts) return "there, but ignored";
-  const std::string text = "set to " + Quoted(stored.text);
+  std::string text = "set to " + Quoted(stored.text);
   if (traceview::IsRead(configuration.config, setting)) return text;
   if (setting.name == traceview::kServerMask) return text;
   return text + ", but not read with Output " +
