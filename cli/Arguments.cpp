@@ -229,7 +229,7 @@ class Parser {
         {!given.function.empty(), kTakesLines, "--function"},
         {!given.text.empty(), kTakesLines, "--text"},
         {!given.since.empty(), kTakesLines, "--since"},
-        {given.ring, kTakesLines, "--ring"},
+        {given.ring, kTakesLines | kTakesReport, "--ring"},
         {!given.color.empty(), kTakesColor, "--color"},
         {given.forMs != 0, kTakesFor, "--for"},
         {!action.language.empty(), kTakesLanguage, "--language"},

@@ -90,6 +90,12 @@ Ending EndingOf(const client::Result& result) {
   return ending;
 }
 
+Ending DoneHere() {
+  Ending ending = EndingOf(client::Result());
+  ending.origin = "program";
+  return ending;
+}
+
 void AddEnding(JsonWriter& json, const Ending& ending) {
   json.Name("code").Number(ending.code).Name("name").Text(ending.name);
   json.Name("text").Text(ending.text).Name("origin").Text(ending.origin);

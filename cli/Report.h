@@ -34,6 +34,9 @@ struct Ending {
 };
 Ending EndingOf(const client::Result& result);
 
+/// All went well, and no server had a part in it.
+Ending DoneHere();
+
 /// Adds the members of an ending to an open JSON object.
 void AddEnding(JsonWriter& json, const Ending& ending);
 

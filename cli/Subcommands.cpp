@@ -169,13 +169,16 @@ constexpr char kTraceReport[] =
     "long requests took, and the lines themselves with a filter. The page needs a browser and\n"
     "nothing else; it fetches nothing, so it can be sent on as it is. It holds everything that "
     "the\n"
-    "trace holds: look at that before you do. The two files of a pair are put in order.\n"
+    "trace holds: look at that before you do. Without a FILE the place comes from the\n"
+    "configuration: the pair of files, or the ring. The two files of a pair are put in order.\n"
     "\n"
     "  -o OUT         the page to write; replaces an earlier report, but no other file\n"
     "  --title TEXT   the heading, if it is not to be the name of the first file\n"
+    "  --ring         read the ring in shared memory, whatever the configuration says\n"
     "  --force        replace OUT whatever it is, unless it is one of the traces\n"
     "\n"
-    "Example:\n"
+    "Examples:\n"
+    "  qorlixctl trace report -o report.html\n"
     "  qorlixctl trace report C:\\TMP\\ZqFILE1.TRC C:\\TMP\\ZqFILE2.TRC -o report.html\n";
 
 constexpr char kCodes[] =
@@ -264,7 +267,7 @@ constexpr Subcommand kSubcommands[] = {
      kTraceDump, TraceDumpAction},
     {"trace stats", "[FILE...]", 0, kNoLimit, kTakesLines, "Count a trace by function", kTraceStats,
      TraceStatsAction},
-    {"trace report", "FILE...", 1, kNoLimit, kTakesReport, "Make an HTML page of trace files",
+    {"trace report", "[FILE...]", 0, kNoLimit, kTakesReport, "Make an HTML page of trace files",
      kTraceReport, TraceReportAction},
     {"codes", "", 0, 0, 0, "List the result codes", kCodes, CodesAction},
     {"commands", "", 0, 0, 0, "List the server's commands", kCommands, CommandsAction},

@@ -49,7 +49,7 @@ enum OptionBit : unsigned {
   kTakesLines = 4,   ///< --level, --function, --text, --since and --ring
   kTakesColor = 8,
   kTakesFor = 16,
-  kTakesReport = 32,  ///< -o, --title and --force
+  kTakesReport = 32,  ///< -o, --title, --force and --ring
   kTakesLanguage = 64,
   kTakesBoard = 128,
   kTakesMode = 256,
