@@ -55,9 +55,15 @@ void ExamineFolder(const FolderFacts& folder, Findings& findings) {
   }
 }
 
+// A server that has no instance to spare runs, too.
+bool ServerRuns(const PipeFacts& pipe) {
+  constexpr std::uint32_t kBusy = 231;
+  return pipe.error == 0 || pipe.error == kBusy;
+}
+
 Finding Missing(const LibraryNeed& need, const Facts& facts) {
   const std::string name = need.name;
-  if (need.without == Severity::Error && facts.pipe.error == 0) {
+  if (need.without == Severity::Error && ServerRuns(facts.pipe)) {
     return {Severity::Note, "library",
             name + " is neither in " + facts.serverFolder.path + " nor in " +
                 facts.systemFolder.path + ", but the server runs: it comes from elsewhere",
