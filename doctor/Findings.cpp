@@ -73,12 +73,14 @@ void ExamineSources(const std::vector<EventSourceFacts>& sources, Findings& find
                              : source.messageFile.empty()
                                  ? " is registered without a message file"
                                  : " has a message file that is missing, " + source.messageFile;
-    findings.push_back({Severity::Note, "event log",
-                        "the source " + name + what +
-                            ": its events are there, but the viewer adds that it cannot explain "
-                            "them",
-                        "reg add \"" + std::string(kKey) + source.name +
-                            "\" /v EventMessageFile /t REG_EXPAND_SZ /d " + kMessages});
+    std::string text = "the source ";
+    text += name + what;
+    text += ": its events are there, but the viewer adds that it cannot explain them";
+    std::string remedy = "reg add \"";
+    remedy += kKey + source.name;
+    remedy += "\" /v EventMessageFile /t REG_EXPAND_SZ /d ";
+    remedy += kMessages;
+    findings.push_back({Severity::Note, "event log", text, remedy});
   }
 }
 
