@@ -103,6 +103,8 @@ class Parser {
     if (name == "--event") return TakeText(name, invocation_.action.event);
     if (name == "--fetch") return TakeText(name, invocation_.action.fetch);
     if (name == "--wait") return TakeSeconds(name, invocation_.action.waitMs);
+    if (name == "--command") return TakeText(name, invocation_.decode.command);
+    if (name == "--reply") return TakeFlag(name, invocation_.decode.reply);
     if (name == "--json") return TakeFlag(name, invocation_.json);
     if (name == "--help") return TakeFlag(name, invocation_.help);
     if (name == "--version") return TakeFlag(name, invocation_.version);
@@ -238,6 +240,8 @@ class Parser {
         {!action.event.empty(), kTakesEvent, "--event"},
         {!action.fetch.empty(), kTakesEvent, "--fetch"},
         {action.waitMs != 0, kTakesEvent, "--wait"},
+        {!invocation_.decode.command.empty(), kTakesDecode, "--command"},
+        {invocation_.decode.reply, kTakesDecode, "--reply"},
     };
     for (const auto& option : kOptions) {
       if (!option.given || (subcommand.options & option.bit) != 0) continue;

@@ -35,7 +35,9 @@ constexpr char kOptions[] =
 constexpr char kExitCodes[] =
     "Exit codes:\n"
     "  0  the server did it: its result is 0\n"
-    "  1  the server answered another result, or its process ended before it was ready\n"
+    "  1  the server answered another result, or its process ended before it was ready; or "
+    "doctor\n"
+    "     found an error, or decode no whole message\n"
     "  2  the command line is wrong, or names what is not there; nothing was sent\n"
     "  3  the server was not reached, was busy, or did not send a whole reply\n";
 
@@ -129,6 +131,7 @@ std::string SubcommandHelp(const Subcommand& subcommand) {
   if ((subcommand.options & kTakesEvent) != 0) {
     help += " [--event EVENT] [--wait SECONDS] [--fetch EVENT]";
   }
+  if ((subcommand.options & kTakesDecode) != 0) help += " [--command NAME] [--reply]";
   help += std::string(" [OPTIONS]\n\n") + subcommand.summary + ".\n\n" + subcommand.details;
   return help + '\n' + kOptions;
 }

@@ -5,6 +5,8 @@
 #include "cli/ActionHelp.h"
 #include "cli/Actions.h"
 #include "cli/BoardHelp.h"
+#include "cli/DecodeHelp.h"
+#include "cli/DoctorHelp.h"
 #include "cli/TraceHelp.h"
 
 namespace cli {
@@ -255,6 +257,10 @@ constexpr Subcommand kSubcommands[] = {
      IpDeleteAction},
     {"test", "TEXT", 1, 1, 0, "Have the server show a text on its desktop", kTest, TestAction},
     {"raw", "HEX...", 1, kNoLimit, 0, "Send any request and explain the reply", kRaw, RawAction},
+    {"decode", "HEX...", 1, kNoLimit, kTakesDecode,
+     "Explain a request or a reply, without a server", kDecode, DecodeAction},
+    {"doctor", "", 0, 0, 0, "Look for what is wrong with this computer's set-up", kDoctor,
+     DoctorAction},
     {"trace show", "", 0, 0, 0, "Show the trace configuration and what it does", kTraceShow,
      TraceShowAction},
     {"trace set", "NAME VALUE", 2, 2, 0, "Write a value of the trace configuration", kTraceSet,

@@ -53,7 +53,8 @@ enum OptionBit : unsigned {
   kTakesLanguage = 64,
   kTakesBoard = 128,
   kTakesMode = 256,
-  kTakesEvent = 512,  ///< --event, --wait and --fetch
+  kTakesEvent = 512,    ///< --event, --wait and --fetch
+  kTakesDecode = 4096,  ///< --command and --reply
 };
 
 /// The options of the trace commands, as they were typed; empty when they were not.
@@ -78,6 +79,12 @@ struct ActionOptions {
   bool hasMode = false;
 };
 
+/// The options of `decode`.
+struct DecodeOptions {
+  std::string command;  ///< a name or a code; empty when it was not given
+  bool reply = false;
+};
+
 /// A command line, taken apart. Texts are UTF-8.
 struct Invocation {
   const Subcommand* subcommand = nullptr;
@@ -97,6 +104,7 @@ struct Invocation {
   std::uint32_t base = 0;
   TraceOptions trace;
   ActionOptions action;
+  DecodeOptions decode;
 };
 
 std::span<const Subcommand> Subcommands();
