@@ -26,8 +26,9 @@ constexpr bool IsPipeBroken(std::uint32_t code) noexcept {
 /// One connection to a local byte-mode pipe, with a deadline on everything it does.
 ///
 /// Results are 0 or the platform's error code; times are in milliseconds. A write that did not end
-/// well may have moved some of its bytes, so the connection is of no use afterwards; a read that ran
-/// out of time has moved none, and may be repeated. For one thread at a time, Interrupt() apart.
+/// well may have moved some of its bytes, so the connection is of no use afterwards; a read that
+/// ran out of time has moved none, and may be repeated. For one thread at a time, Interrupt()
+/// apart.
 class PipeTransport {
  public:
   PipeTransport() noexcept;
@@ -69,7 +70,7 @@ class PipeTransport {
  private:
   void* pipe_ = nullptr;  // a HANDLE; 0 when closed
   [[maybe_unused]] void* event_ =
-      nullptr;  // manual reset; of the one operation that is outstanding
+      nullptr;                 // manual reset; of the one operation that is outstanding
   void* interrupt_ = nullptr;  // an event, manual reset; lives as long as the object
   bool nothingWasWritten_ = false;
 };

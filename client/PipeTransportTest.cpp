@@ -246,7 +246,8 @@ TEST(PipeTransportTest, APipeOfThisUserIsNobodyElses) {
   const LocalPipe server("own");
   PipeTransport transport;
   ASSERT_EQ(transport.Open(server.name.c_str(), 1000), 0u);
-  // Wine's pipes have no owner unless one is named; an elevated user's belong to the administrators.
+  // Wine's pipes have no owner unless one is named; an elevated user's belong to the
+  // administrators.
   EXPECT_NE(transport.Peer().owner, PipeOwner::Other);
   EXPECT_EQ(transport.Peer().processId, GetCurrentProcessId());
   transport.Close();
