@@ -5,6 +5,7 @@
 #include <aclapi.h>
 
 #include <algorithm>
+#include <cstring>
 
 #include "client/Deadline.h"
 
@@ -66,14 +67,30 @@ std::uint32_t Finish(HANDLE pipe, OVERLAPPED& overlapped, HANDLE interrupt, std:
 
 bool Is(PSID sid, WELL_KNOWN_SID_TYPE type) { return IsWellKnownSid(sid, type) != FALSE; }
 
+// The account named Administrator at first, of the machine or of a domain: alone among the elevated
+// it may own what it creates itself.
+bool IsBuiltInAdministrator(PSID sid) {
+  constexpr SID_IDENTIFIER_AUTHORITY kNt = SECURITY_NT_AUTHORITY;
+  constexpr BYTE kParts = 5;
+  return std::memcmp(GetSidIdentifierAuthority(sid), &kNt, sizeof(kNt)) == 0 &&
+         *GetSidSubAuthorityCount(sid) == kParts &&
+         *GetSidSubAuthority(sid, 0) == SECURITY_NT_NON_UNIQUE &&
+         *GetSidSubAuthority(sid, kParts - 1) == DOMAIN_USER_RID_ADMIN;
+}
+
+// Whether the process of this user owns what belongs to this SID: the user, or the one that the
+// user's token names as the owner of what he creates.
 bool IsThisUser(PSID sid) {
   HANDLE token = nullptr;
   if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE) return false;
-  alignas(TOKEN_USER) BYTE user[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
-  DWORD size = sizeof(user);
-  const bool told = GetTokenInformation(token, TokenUser, user, size, &size) != FALSE;
+  alignas(TOKEN_USER) BYTE told[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
+  DWORD size = 0;
+  const bool isUser = GetTokenInformation(token, TokenUser, told, sizeof(told), &size) != FALSE &&
+                      EqualSid(reinterpret_cast<const TOKEN_USER*>(told)->User.Sid, sid) != FALSE;
+  const bool isOwner = GetTokenInformation(token, TokenOwner, told, sizeof(told), &size) != FALSE &&
+                       EqualSid(reinterpret_cast<const TOKEN_OWNER*>(told)->Owner, sid) != FALSE;
   (void)CloseHandle(token);
-  return told && EqualSid(reinterpret_cast<const TOKEN_USER*>(user)->User.Sid, sid) != FALSE;
+  return isUser || isOwner;
 }
 
 PipeOwner OwnerOf(HANDLE pipe) {
@@ -86,7 +103,7 @@ PipeOwner OwnerOf(HANDLE pipe) {
   PipeOwner owner = PipeOwner::Other;
   if (sid == nullptr || IsValidSid(sid) == FALSE) {
     owner = PipeOwner::Unknown;
-  } else if (Is(sid, WinBuiltinAdministratorsSid)) {
+  } else if (Is(sid, WinBuiltinAdministratorsSid) || IsBuiltInAdministrator(sid)) {
     owner = PipeOwner::Administrators;
   } else if (Is(sid, WinLocalSystemSid)) {
     owner = PipeOwner::System;

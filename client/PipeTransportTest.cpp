@@ -226,6 +226,7 @@ TEST(PipeTransportTest, TheOwnerOfAPipeIsTold) {
     PipeOwner owner;
   } kCases[] = {
       {"admins", "O:BAG:SYD:(A;;GA;;;WD)", PipeOwner::Administrators},
+      {"administrator", "O:S-1-5-21-1-2-3-500G:SYD:(A;;GA;;;WD)", PipeOwner::Administrators},
       {"system", "O:SYG:SYD:(A;;GA;;;WD)", PipeOwner::System},
       {"others", "O:LSG:SYD:(A;;GA;;;WD)", PipeOwner::Other},
       {"stranger", "O:S-1-5-21-1-2-3-4711G:SYD:(A;;GA;;;WD)", PipeOwner::Other},

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "client/QorlixClient.h"
+#include "client/capi/qorlixclient.h"
 #include "client/testing/ScriptedServer.h"
 
 // What a client does about who serves the pipe. Who does is scripted, so it runs natively only.
@@ -54,6 +55,20 @@ TEST_F(VerificationTest, WhoDoesNotAskIsNotTold) {
   EXPECT_TRUE(client_.NoOperation().ok());
   EXPECT_EQ(client_.Server().trust, ServerTrust::NotChecked);
   EXPECT_EQ(client_.Server().peer.processId, 0u);
+}
+
+TEST_F(VerificationTest, ThePlainCInterfaceSaysTheSame) {
+  server_.IsServedBy({77, PipeOwner::Other});
+  qorlix_client* const handle = qorlix_open(server_.PipeName());
+  EXPECT_EQ(qorlix_no_operation(handle), QORLIX_ERR_VERIFY);
+  EXPECT_EQ(qorlix_code(handle), kForeignServer);
+  qorlix_server server = {};
+  EXPECT_EQ(qorlix_get_server(handle, &server), QORLIX_OK);
+  EXPECT_EQ(server.trust, static_cast<std::uint32_t>(QORLIX_TRUST_FOREIGN));
+  EXPECT_EQ(server.process_id, 77u);
+  EXPECT_EQ(qorlix_set_verification(handle, QORLIX_VERIFY_WARN), QORLIX_OK);
+  EXPECT_EQ(qorlix_no_operation(handle), QORLIX_OK);
+  qorlix_close(handle);
 }
 
 TEST_F(VerificationTest, EveryNewConnectionIsAskedAbout) {
