@@ -4,7 +4,8 @@
 #include "client/capi/qorlixclient.h"
 #include "client/testing/ScriptedServer.h"
 
-// What a client does about who serves the pipe. Who does is scripted, so it runs natively only.
+// What a client does about who serves the pipe, and about a connection that breaks within a
+// request: what no real pipe does on demand, so it runs natively only.
 
 namespace client {
 namespace {
@@ -69,6 +70,14 @@ TEST_F(VerificationTest, ThePlainCInterfaceSaysTheSame) {
   EXPECT_EQ(qorlix_set_verification(handle, QORLIX_VERIFY_WARN), QORLIX_OK);
   EXPECT_EQ(qorlix_no_operation(handle), QORLIX_OK);
   qorlix_close(handle);
+}
+
+TEST_F(VerificationTest, ARequestOfWhichSomethingWasTakenIsNotSentAgain) {
+  EXPECT_TRUE(client_.NoOperation().ok());
+  server_.BreaksWithinTheNextRequest();
+  EXPECT_EQ(client_.NoOperation().origin(), Origin::Send);
+  EXPECT_EQ(server_.Requests().size(), 1u);
+  EXPECT_TRUE(client_.NoOperation().ok());
 }
 
 TEST_F(VerificationTest, EveryNewConnectionIsAskedAbout) {

@@ -12,9 +12,7 @@
 namespace {
 
 using client::Bytes;
-using client::RequestBuilder;
 using client::Result;
-using client::capi::Run;
 
 static_assert(QORLIX_MESSAGE_LIMIT == client::kMessageLimit);
 
@@ -58,11 +56,9 @@ client::FieldValue Take(qorlix_reader* reader, client::FieldKind kind) {
   client::FieldValue value;
   if (reader == nullptr || reader->failed != 0) return value;
   const Bytes bytes(reader->bytes, reader->size);
-  // The cursor is the caller's memory, and so is not believed.
-  const bool taken = reader->cursor <= reader->size &&
-                     TakeField(kind, bytes, reader->size, /*mayBeAbsent=*/false, reader->cursor,
-                               value) == client::FieldStatus::Taken;
-  if (!taken) {
+  // The cursor is the caller's memory: one beyond the end takes nothing, as everywhere.
+  if (TakeField(kind, bytes, reader->size, /*mayBeAbsent=*/false, reader->cursor, value) !=
+      client::FieldStatus::Taken) {
     reader->failed = 1;
     return {};
   }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <utility>
 
 #include "client/PipeTransport.h"
 #include "client/testing/Script.h"
@@ -17,6 +18,7 @@ struct ScriptedServer::State {
   int connections = 0;
   std::uint32_t openResult = 0;
   PipePeer peer;
+  bool breaksWithin = false;
 
   // Of the one connection that there is at a time.
   std::deque<std::vector<std::uint8_t>> underway;
@@ -61,6 +63,7 @@ void ScriptedServer::AnswersAndCloses(std::initializer_list<std::string> parts) 
 void ScriptedServer::IsGone() { state_->openResult = kPipeNotFound; }
 void ScriptedServer::IsBusy() { state_->openResult = kPipeBusy; }
 void ScriptedServer::IsServedBy(const PipePeer& peer) { state_->peer = peer; }
+void ScriptedServer::BreaksWithinTheNextRequest() { state_->breaksWithin = true; }
 void ScriptedServer::Restarts() { state_->closed = true; }
 const char* ScriptedServer::PipeName() const { return state_->name.c_str(); }
 std::vector<std::string> ScriptedServer::Requests() const { return state_->requests; }
@@ -87,6 +90,7 @@ std::uint32_t PipeTransport::Write(const void* data, std::uint32_t size,
   ScriptedServer::State* const server = ServerOf(pipe_);
   nothingWasWritten_ = server == nullptr || server->closed;
   if (nothingWasWritten_) return kPipeNotConnected;
+  if (std::exchange(server->breaksWithin, false)) return kPipeNotConnected;
   const auto* const bytes = static_cast<const std::uint8_t*>(data);
   for (std::size_t at = 0; at < size; at += kServerReadsAtOnce) {
     server->requests.push_back(

@@ -41,6 +41,8 @@ class ScriptedServer {
 
   /// The server ends and starts anew: the connection that there is breaks.
   void Restarts();
+  /// Natively only: the connection breaks when the next request has been taken in part.
+  void BreaksWithinTheNextRequest();
   /// Natively only: what clients are told of who serves the pipe.
   void IsServedBy(const PipePeer& peer);
 
