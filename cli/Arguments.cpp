@@ -84,6 +84,7 @@ class Parser {
 
     if (name == "--timeout") return TakeSeconds(name, invocation_.timeoutMs);
     if (name == "--pipe") return TakeText(name, invocation_.pipe);
+    if (name == "--any-owner") return TakeFlag(name, invocation_.anyOwner);
     if (name == "--server") return TakeText(name, invocation_.server);
     if (name == "--base") return TakeBase();
     if (name == "--output") return TakeText(name, invocation_.output);

@@ -29,6 +29,8 @@ TEST(ArgumentsTest, OptionsMayStandAnywhere) {
   EXPECT_TRUE(parsed.json);
   EXPECT_EQ(parsed.timeoutMs, 2500u);
   EXPECT_EQ(parsed.pipe, "P");
+  EXPECT_FALSE(parsed.anyOwner);
+  EXPECT_TRUE(Parsed({"ping", "--any-owner"}).anyOwner);
 }
 
 TEST(ArgumentsTest, TextsThatLookLikeOptionsGoBehindTwoDashes) {

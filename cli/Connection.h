@@ -13,6 +13,7 @@ inline std::unique_ptr<client::QorlixClient> MakeClient(const Invocation& invoca
   const char* const name =
       invocation.pipe.empty() ? client::kServerPipeName : invocation.pipe.c_str();
   auto made = std::make_unique<client::QorlixClient>(name);
+  if (invocation.anyOwner) made->SetVerification(client::Verification::Warn);
   made->SetTimeouts(invocation.timeoutMs, invocation.timeoutMs);
   return made;
 }

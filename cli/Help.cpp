@@ -28,6 +28,8 @@ constexpr char kOptions[] =
     "  --json             write one JSON object, in ASCII, instead of text\n"
     "  --timeout SECONDS  wait that long for a connection, and again for the reply (10)\n"
     "  --pipe NAME        talk to another pipe than \\\\.\\pipe\\QorlixSRVPIPE32\n"
+    "  --any-owner        talk to a pipe that belongs to another user, too, who is neither the\n"
+    "                     system nor the administrators\n"
     "  --help             explain the program, or the command\n"
     "  --version          say which version this is\n"
     "  --                 what follows are arguments, even if it begins with --\n";

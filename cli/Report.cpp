@@ -16,6 +16,8 @@ const char* OriginName(client::Origin origin) {
       return "request";
     case client::Origin::Connect:
       return "connect";
+    case client::Origin::Verify:
+      return "verify";
     case client::Origin::Send:
       return "send";
     case client::Origin::Receive:

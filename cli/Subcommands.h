@@ -94,8 +94,9 @@ struct Invocation {
   std::string group;  ///< the first word, if it is that of a group of commands: reg, board
   bool version = false;
   std::uint32_t timeoutMs = 10000;
-  std::string pipe;    ///< empty: the server's own
-  std::string server;  ///< empty: the program beside this one
+  std::string pipe;       ///< empty: the server's own
+  bool anyOwner = false;  ///< also a pipe that belongs to another user is used
+  std::string server;     ///< empty: the program beside this one
   bool stay = false;
   std::string output;  ///< the file to write
   std::string title;

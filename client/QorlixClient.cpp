@@ -32,19 +32,55 @@ Result QorlixClient::Connect() noexcept {
   received_ = 0;
   consumed_ = 0;
   const std::uint32_t code = pipe_.Open(pipeName_, connectMs_);
-  return code == 0 ? Result() : Result(Origin::Connect, code);
+  return code == 0 ? CheckServer() : Result(Origin::Connect, code);
 }
 
-void QorlixClient::Disconnect() noexcept { pipe_.Close(); }
+Result QorlixClient::CheckServer() noexcept {
+  server_ = {};
+  if (verification_ == Verification::Off) return {};
+  server_ = Identify(pipe_.Peer());
+  if (server_.trust != ServerTrust::Foreign || verification_ == Verification::Warn) return {};
+  Disconnect();
+  return {Origin::Verify, kForeignServer};
+}
 
-Result QorlixClient::Send(Bytes bytes) noexcept {
+void QorlixClient::Disconnect() noexcept {
+  pipe_.Close();
+  underway_ = false;
+}
+
+// Whether a new call may begin. One that was begun and cancelled makes way for it.
+bool QorlixClient::GivesWay() noexcept {
+  if (underway_ && !pipe_.Interrupted()) return false;
+  if (underway_) Disconnect();
+  pipe_.ClearInterrupt();
+  return true;
+}
+
+Result QorlixClient::Write(Bytes bytes, std::uint32_t timeoutMs) noexcept {
   const Result connected = Connect();
   if (!connected.ok()) return connected;
   const std::uint32_t code =
-      pipe_.Write(bytes.data(), static_cast<std::uint32_t>(bytes.size()), exchangeMs_);
+      pipe_.Write(bytes.data(), static_cast<std::uint32_t>(bytes.size()), timeoutMs);
   if (code == 0) return {};
   Disconnect();
   return {Origin::Send, code};
+}
+
+Result QorlixClient::Send(Bytes bytes) noexcept {
+  if (!GivesWay()) return {Origin::Request, kCallUnderway};
+  return Write(bytes, exchangeMs_);
+}
+
+// Sends a request that is to be answered, on a connection where nothing else is.
+Result QorlixClient::StartOf(Bytes request, std::uint32_t timeoutMs) noexcept {
+  // Bytes that nobody asked for would be taken for the beginning of this reply.
+  if (received_ != consumed_) Disconnect();
+  const bool wasKept = pipe_.IsOpen();
+  const Result sent = Write(request, timeoutMs);
+  const bool wasDead = wasKept && sent.origin() == Origin::Send && IsPipeBroken(sent.code()) &&
+                       pipe_.NothingWasWritten();
+  return wasDead ? Write(request, timeoutMs) : sent;
 }
 
 void QorlixClient::DropReply() noexcept {
@@ -75,42 +111,92 @@ Result QorlixClient::Fail(std::uint32_t code, Reply& reply) noexcept {
   return {Origin::Receive, code};
 }
 
-Result QorlixClient::Receive(Bytes request, Reply& reply) noexcept {
-  reply = {};
-  if (!pipe_.IsOpen()) return {Origin::Receive, kPipeNotConnected};
-  DropReply();
-  const Deadline deadline(exchangeMs_);
+// Looks whether a reply that is whole is followed by another one. \returns false when that cannot
+// be told yet; with true, either more has arrived or the connection was closed, because what might
+// still come must not meet the next request.
+bool QorlixClient::AwaitSecond(Patience& patience, const Deadline& now) noexcept {
+  if (!patience.lingers) {
+    patience.linger = Deadline(std::min(kLingerMs, patience.whole.LeftMs()));
+    patience.lingers = true;
+  }
+  const std::uint32_t code = ReadMore(std::min(patience.linger.LeftMs(), now.LeftMs()));
+  if (code == 0) return true;
+  if (code == kTimedOut && patience.mayPause && patience.linger.LeftMs() != 0) return false;
+  Disconnect();
+  return true;
+}
+
+// Goes on with the reply. \returns false when it is not whole after `waitMs`, and may still be.
+bool QorlixClient::Advance(Bytes request, Patience& patience, std::uint32_t waitMs, Result& result,
+                           Reply& reply) noexcept {
+  const Deadline now(std::min(waitMs, patience.whole.LeftMs()));
   for (;;) {
     const ReplyLayout layout = ExamineReply(request, {buffer_, received_});
     reply.layout = layout;
     switch (layout.state) {
       case ReplyState::Complete:
-        return Accept(layout, reply);
+        result = Accept(layout, reply);
+        return true;
       case ReplyState::Malformed:
-        return Fail(kInvalidReply, reply);
+        result = Fail(kInvalidReply, reply);
+        return true;
       case ReplyState::MayGrow:
-        if (ReadMore(std::min(kLingerMs, deadline.LeftMs())) == 0) break;
-        // Nothing more came in time. Should it come later, it must not meet the next request.
-        Disconnect();
-        return Accept(layout, reply);
+        if (!AwaitSecond(patience, now)) return false;
+        if (pipe_.IsOpen()) break;
+        result = Accept(layout, reply);
+        return true;
       case ReplyState::Incomplete: {
-        const std::uint32_t code = ReadMore(deadline.LeftMs());
+        const std::uint32_t code = ReadMore(now.LeftMs());
         if (code == 0) break;
-        const Result failure = Fail(code, reply);
-        const bool stopped = IsPipeBroken(code) && received_ == 0 && IsConfirmedStop(request);
-        return stopped ? Result() : failure;
+        if (code == kTimedOut && patience.mayPause && patience.whole.LeftMs() != 0) return false;
+        result = Fail(code, reply);
+        if (IsPipeBroken(code) && received_ == 0 && IsConfirmedStop(request)) result = Result();
+        return true;
       }
     }
   }
 }
 
+Result QorlixClient::Receive(Bytes request, Reply& reply) noexcept {
+  reply = {};
+  if (underway_) return {Origin::Request, kCallUnderway};
+  if (!pipe_.IsOpen()) return {Origin::Receive, kPipeNotConnected};
+  DropReply();
+  Patience patience{Deadline(exchangeMs_)};
+  Result result;
+  while (!Advance(request, patience, exchangeMs_, result, reply)) {
+  }
+  return result;
+}
+
 Result QorlixClient::Exchange(Bytes request, Reply& reply) noexcept {
   reply = {};
-  // Bytes that nobody asked for would be taken for the beginning of this reply.
-  if (received_ != consumed_) Disconnect();
-  const Result sent = Send(request);
+  if (!GivesWay()) return {Origin::Request, kCallUnderway};
+  const Result sent = StartOf(request, exchangeMs_);
   if (!sent.ok()) return sent;
   return Receive(request, reply);
+}
+
+Result QorlixClient::Begin(Bytes request, std::uint32_t deadlineMs) noexcept {
+  if (!GivesWay()) return {Origin::Request, kCallUnderway};
+  if (request.size() > sizeof(request_)) return {Origin::Request, BUFFER_OVERFLOW};
+  patience_ = {Deadline(deadlineMs), /*mayPause=*/true};
+  const Result sent = StartOf(request, deadlineMs);
+  if (!sent.ok()) return sent;
+  DropReply();
+  std::copy(request.begin(), request.end(), request_);
+  requestSize_ = static_cast<std::uint32_t>(request.size());
+  underway_ = true;
+  return sent;
+}
+
+bool QorlixClient::Wait(std::uint32_t timeoutMs, Result& result, Reply& reply) noexcept {
+  reply = {};
+  result = {Origin::Request, kNoCallUnderway};
+  if (!underway_) return true;
+  if (!Advance({request_, requestSize_}, patience_, timeoutMs, result, reply)) return false;
+  underway_ = false;
+  return true;
 }
 
 Result QorlixClient::Call(const RequestBuilder& request, Reply& reply) noexcept {

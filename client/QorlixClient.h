@@ -4,10 +4,12 @@
 #include <cstdint>
 #include <string_view>
 
+#include "client/Deadline.h"
 #include "client/PipeTransport.h"
 #include "client/ReplyDecoder.h"
 #include "client/RequestBuilder.h"
 #include "client/Result.h"
+#include "client/ServerIdentity.h"
 
 namespace client {
 
@@ -46,11 +48,13 @@ struct RegistryEntry {
 ///
 /// All texts are in the ANSI code page; a null text is sent as absent, which registry commands
 /// answer with 87. Times are in milliseconds. Nothing throws and nothing is allocated. The object
-/// is large (72 KiB, for the longest replies that it must tell apart) and belongs to one thread at
-/// a time.
+/// is large (80 KiB, for the longest replies that it must tell apart) and belongs to one thread at
+/// a time, Cancel() apart.
 ///
 /// An error of the transport closes the connection, because a late reply would be taken for that of
-/// the next request; the next call connects anew. No call is ever repeated by itself.
+/// the next request; the next call connects anew. No call is ever repeated by itself. A connection
+/// that turns out to be dead before anything of a request was taken, as it is after the server was
+/// restarted, is replaced at once, and the request is sent on the new one: nobody has seen it.
 class QorlixClient {
  public:
   /// \param pipeName must outlive the client
@@ -60,9 +64,18 @@ class QorlixClient {
   /// request at a time, so a reply may have to wait for what others have asked for.
   void SetTimeouts(std::uint32_t connectMs, std::uint32_t exchangeMs) noexcept;
 
+  /// Whether to ask who serves the pipe, before anything is sent on a new connection. By default a
+  /// pipe that belongs to another user is refused (Origin::Verify), and one of which the platform
+  /// does not tell is used; Server() says so.
+  void SetVerification(Verification verification) noexcept { verification_ = verification; }
+  /// Who serves the pipe of this connection, or of the last one. Another process than before says
+  /// that the server was restarted meanwhile.
+  const ServerIdentity& Server() const noexcept { return server_; }
+
   /// Connects, unless there is a connection. Its text tells a server that is not running from one
   /// that is busy and from one that does not admit the user.
   Result Connect() noexcept;
+  /// Also gives up a call that was begun.
   void Disconnect() noexcept;
 
   // --- Commands ---
@@ -117,6 +130,22 @@ class QorlixClient {
   /// Reads the reply to one request that was sent.
   Result Receive(Bytes request, Reply& reply) noexcept;
 
+  // --- A call that goes on while its caller does something else ---
+
+  /// Sends one request; its reply is fetched by Wait(). Until then, or until Disconnect(), every
+  /// other call is refused with kCallUnderway. Takes as long as a connection takes.
+  /// \param deadlineMs for the whole of it, from now on; after that the call has failed
+  Result Begin(Bytes request, std::uint32_t deadlineMs) noexcept;
+  bool IsUnderway() const noexcept { return underway_; }
+  /// Waits for the reply; with 0 it only looks.
+  /// \returns false when it is not there yet. With true the call has ended, and result and reply
+  /// are as Exchange() tells them.
+  bool Wait(std::uint32_t timeoutMs, Result& result, Reply& reply) noexcept;
+  /// Ends the call that is being made, in whatever thread, or that was begun: it fails with
+  /// kCancelled, and its connection is closed. Without one nothing happens. What the server has
+  /// read it carries out all the same. Any thread may call it as long as the client lives.
+  void Cancel() noexcept { pipe_.Interrupt(); }
+
  private:
   // A reply, the same again and one more, and room to see that something follows them.
   static constexpr std::uint32_t kReceiveBuffer = 65536;
@@ -125,6 +154,21 @@ class QorlixClient {
   Result Call(const RequestBuilder& request) noexcept;
   Result Enumerate(CommandCode command, const char* key, std::uint32_t index,
                    RegistryEntry& entry) noexcept;
+  // How long a reply is waited for.
+  struct Patience {
+    Deadline whole;
+    bool mayPause = false;  // a wait that ends before `whole` is no failure
+    Deadline linger{0};     // for a second reply that may come or not
+    bool lingers = false;
+  };
+
+  Result CheckServer() noexcept;
+  Result StartOf(Bytes request, std::uint32_t timeoutMs) noexcept;
+  Result Write(Bytes bytes, std::uint32_t timeoutMs) noexcept;
+  bool Advance(Bytes request, Patience& patience, std::uint32_t waitMs, Result& result,
+               Reply& reply) noexcept;
+  bool AwaitSecond(Patience& patience, const Deadline& now) noexcept;
+  bool GivesWay() noexcept;
   void DropReply() noexcept;
   Result Accept(const ReplyLayout& layout, Reply& reply) noexcept;
   Result Fail(std::uint32_t code, Reply& reply) noexcept;
@@ -133,10 +177,16 @@ class QorlixClient {
   const char* const pipeName_;
   std::uint32_t connectMs_ = 5000;
   std::uint32_t exchangeMs_ = 30000;
+  Verification verification_ = Verification::Refuse;
+  ServerIdentity server_;
   PipeTransport pipe_;
+  bool underway_ = false;  // a call that was begun
+  Patience patience_{Deadline(0)};
+  std::uint32_t requestSize_ = 0;
   std::uint32_t received_ = 0;  // bytes in the buffer
   std::uint32_t consumed_ = 0;  // of these, the reply that was handed out last
   std::uint8_t buffer_[kReceiveBuffer];
+  std::uint8_t request_[kMessageLimit];  // that of the call that was begun
 };
 
 }  // namespace client

@@ -10,11 +10,18 @@ namespace client {
 /// Where a result comes from, and so how its code is to be read.
 enum class Origin : std::uint8_t {
   Server,   ///< the server answered; the code is the one in its reply
-  Request,  ///< nothing was sent: the request cannot be built; the code is BUFFER_OVERFLOW
+  Request,  ///< nothing was sent: the request cannot be built, and the code is BUFFER_OVERFLOW; or
+            ///< kCallUnderway or kNoCallUnderway
   Connect,  ///< no connection; the code is the platform's
+  Verify,   ///< somebody else serves the pipe, and nothing was sent; the code is kForeignServer
   Send,     ///< the request did not get through; the code is the platform's
   Receive,  ///< no whole reply came back; the code is the platform's
 };
+
+/// ERROR_INVALID_OWNER, ERROR_BUSY and ERROR_NOT_FOUND.
+inline constexpr std::uint32_t kForeignServer = 1307;
+inline constexpr std::uint32_t kCallUnderway = 170;
+inline constexpr std::uint32_t kNoCallUnderway = 1168;
 
 /// The outcome of one call to the server. It is never thrown, and small enough to be copied.
 class [[nodiscard]] Result {

@@ -74,6 +74,7 @@ constexpr ResultCode kCodes[] = {
     // The protocol's name for the code; the platform's headers give this name to another one.
     {1255, "ERROR_SHUTDOWN_IN_PROGRESS",
      "a stop request was taken; without the confirmation value 253 the server goes on serving"},
+    {1307, "ERROR_INVALID_OWNER", "the owner is not one who may be it"},
     {1314, "ERROR_PRIVILEGE_NOT_HELD", "a privilege is missing"},
     {1359, "ERROR_INTERNAL_ERROR", "an internal error"},
     {1450, "ERROR_NO_SYSTEM_RESOURCES", "the system is out of resources"},

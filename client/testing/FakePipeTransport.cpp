@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <utility>
 
 #include "client/PipeTransport.h"
 #include "client/testing/Script.h"
@@ -16,6 +17,8 @@ struct ScriptedServer::State {
   std::vector<std::string> requests;
   int connections = 0;
   std::uint32_t openResult = 0;
+  PipePeer peer;
+  bool breaksWithin = false;
 
   // Of the one connection that there is at a time.
   std::deque<std::vector<std::uint8_t>> underway;
@@ -59,9 +62,15 @@ void ScriptedServer::AnswersAndCloses(std::initializer_list<std::string> parts) 
 
 void ScriptedServer::IsGone() { state_->openResult = kPipeNotFound; }
 void ScriptedServer::IsBusy() { state_->openResult = kPipeBusy; }
+void ScriptedServer::IsServedBy(const PipePeer& peer) { state_->peer = peer; }
+void ScriptedServer::BreaksWithinTheNextRequest() { state_->breaksWithin = true; }
+void ScriptedServer::Restarts() { state_->closed = true; }
 const char* ScriptedServer::PipeName() const { return state_->name.c_str(); }
 std::vector<std::string> ScriptedServer::Requests() const { return state_->requests; }
 int ScriptedServer::Connections() const { return state_->connections; }
+
+PipeTransport::PipeTransport() noexcept = default;
+PipeTransport::~PipeTransport() { Close(); }
 
 std::uint32_t PipeTransport::Open(const char* name, std::uint32_t /*timeoutMs*/) noexcept {
   Close();
@@ -79,7 +88,9 @@ std::uint32_t PipeTransport::Open(const char* name, std::uint32_t /*timeoutMs*/)
 std::uint32_t PipeTransport::Write(const void* data, std::uint32_t size,
                                    std::uint32_t /*timeoutMs*/) noexcept {
   ScriptedServer::State* const server = ServerOf(pipe_);
-  if (server == nullptr || server->closed) return kPipeNotConnected;
+  nothingWasWritten_ = server == nullptr || server->closed;
+  if (nothingWasWritten_) return kPipeNotConnected;
+  if (std::exchange(server->breaksWithin, false)) return kPipeNotConnected;
   const auto* const bytes = static_cast<const std::uint8_t*>(data);
   for (std::size_t at = 0; at < size; at += kServerReadsAtOnce) {
     server->requests.push_back(
@@ -100,6 +111,7 @@ std::uint32_t PipeTransport::Read(void* data, std::uint32_t capacity, std::uint3
   received = 0;
   ScriptedServer::State* const server = ServerOf(pipe_);
   if (server == nullptr) return kPipeNotConnected;
+  if (server->underway.empty() && Interrupted()) return kCancelled;
   if (server->underway.empty()) return server->closed ? 109 : kTimedOut;
   auto& part = server->underway.front();
   received = std::min(capacity, static_cast<std::uint32_t>(part.size()));
@@ -109,6 +121,14 @@ std::uint32_t PipeTransport::Read(void* data, std::uint32_t capacity, std::uint3
   return 0;
 }
 
+PipePeer PipeTransport::Peer() const noexcept {
+  const ScriptedServer::State* const server = ServerOf(pipe_);
+  return server != nullptr ? server->peer : PipePeer();
+}
+
 void PipeTransport::Close() noexcept { pipe_ = nullptr; }
+void PipeTransport::Interrupt() noexcept { interrupt_ = this; }
+void PipeTransport::ClearInterrupt() noexcept { interrupt_ = nullptr; }
+bool PipeTransport::Interrupted() const noexcept { return interrupt_ != nullptr; }
 
 }  // namespace client

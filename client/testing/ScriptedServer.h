@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "client/ServerIdentity.h"
+
 namespace client {
 
 /// Bytes written as hex digits, with blanks where they help the reader, and back (upper case, no
@@ -36,6 +38,13 @@ class ScriptedServer {
   /// From here on, nobody can connect: the pipe does not exist, or its one instance is in use.
   void IsGone();
   void IsBusy();
+
+  /// The server ends and starts anew: the connection that there is breaks.
+  void Restarts();
+  /// Natively only: the connection breaks when the next request has been taken in part.
+  void BreaksWithinTheNextRequest();
+  /// Natively only: what clients are told of who serves the pipe.
+  void IsServedBy(const PipePeer& peer);
 
   const char* PipeName() const;
   /// The requests in hex, as the server read them: at most 8192 bytes each.

@@ -161,6 +161,11 @@ void ScriptedServer::AnswersAndCloses(std::initializer_list<std::string> parts) 
 
 void ScriptedServer::IsGone() { state_->Stop(); }
 
+void ScriptedServer::Restarts() {
+  state_->Stop();
+  state_->Start();
+}
+
 void ScriptedServer::IsBusy() {
   state_->occupant = CreateFileA(state_->name.c_str(), GENERIC_READ, /*dwShareMode=*/0,
                                  /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING,
