@@ -96,7 +96,8 @@ def make_installer(makensis: str, stage: pathlib.Path, work: pathlib.Path, versi
     (work / "files.nsh").write_text(file_macros(stage))
     size = sum((stage / name).stat().st_size for name in files_of(stage))
     subprocess.run([makensis, "-V2", "-WX", "-INPUTCHARSET", "UTF8", "-NOCD",
-                    f"-DVERSION={version}", f"-DFILES={work / 'files.nsh'}", f"-DSIMULATOR={stage}/standins/boardsvc32",
+                    f"-DVERSION={version}", f"-DFILES={work / 'files.nsh'}",
+                    f"-DSIMULATOR={stage}/standins/boardsvc32",
                     f"-DSIZE_KB={size // 1024}", f"-DOUTPUT={output}",
                     ROOT / "installer" / "QorlixSRV.nsi"], check=True,
                    env=dict(os.environ, SOURCE_DATE_EPOCH=str(moment)))

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Shows that the same sources give the same bytes: packs a copy of the tree twice, in two folders, at
-# two times, under two time zones, languages and file masks, without a compiler cache, and compares
-# every delivered file. Takes minutes.
+# Shows that the same sources give the same bytes: packs a copy of the tree twice, in two folders,
+# at two times, under two time zones and file masks, without a compiler cache, and compares every
+# delivered file. Takes minutes.
 # usage: tools/reproducible.sh
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -33,7 +33,7 @@ sums() {
 build "$work/one" MASK=022 TZ=UTC LC_ALL=C
 sleep 2
 build "$work/another/folder of another name" MASK=077 TZ=Asia/Tokyo LC_ALL=C.UTF-8
-# Which files are made differs by folder alone where the installer's list names the files.
+# The list from which the installer is made names the folder; it is not delivered.
 sums "$work/one" | grep -v '/files.nsh$' >"$work/first"
 sums "$work/another/folder of another name" | grep -v '/files.nsh$' >"$work/second"
 if ! diff "$work/first" "$work/second"; then

@@ -127,12 +127,13 @@ class PackageTest(unittest.TestCase):
 
     def test_a_client_is_built_with_the_package_alone(self):
         source = pathlib.Path(__file__).resolve().parent / "client.cpp"
+        program = self.work / "client.exe"
         built = subprocess.run([self.compiler, "-std=c++20", "-Wall", "-Wextra", "-Werror",
                                 f"-I{self.root}/include", source, f"-L{self.root}/lib",
-                                "-lqorlixclient_cpp", "-lssp", "-static", "-o", self.work / "client.exe"],
+                                "-lqorlixclient_cpp", "-lssp", "-static", "-o", program],
                                capture_output=True, text=True)
         self.assertEqual(built.returncode, 0, built.stderr)
-        (self.work / "client.exe").unlink()
+        program.unlink()
 
     def test_every_header_stands_alone(self):
         headers = [name.removeprefix("include/") for name in self.names if name.endswith(".h")
