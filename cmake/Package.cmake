@@ -78,8 +78,9 @@ if(BUILD_TESTING AND QORLIX_MAKENSIS AND CMAKE_CROSSCOMPILING AND CMAKE_BUILD_TY
   # The package is made when the tests begin, of what is built already.
   add_test(NAME package_build
     COMMAND ${CMAKE_COMMAND} --build ${CMAKE_BINARY_DIR} --target package)
+  # By its path: the interpreter's target would be run as a program of the other side.
   add_test(NAME package_test
-    COMMAND Python3::Interpreter ${CMAKE_SOURCE_DIR}/tests/package/package_test.py
+    COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/tests/package/package_test.py
             --build ${CMAKE_BINARY_DIR} --compiler ${CMAKE_CXX_COMPILER})
   add_test(NAME installer_test
     COMMAND ${CMAKE_SOURCE_DIR}/tests/package/installer_test.sh ${CMAKE_BINARY_DIR}
