@@ -24,7 +24,6 @@ install(DIRECTORY docs/ DESTINATION docs FILES_MATCHING PATTERN "*.md")
 # For programs that talk to the server: headers, the C++ client as an archive of this tool chain,
 # the C interface as a library for any, and examples.
 install(DIRECTORY client DESTINATION include FILES_MATCHING PATTERN "*.h" PATTERN testing EXCLUDE)
-install(FILES codec/Wire.h DESTINATION include/codec)
 install(FILES server/CommandCode.h server/SrvResult.h DESTINATION include/server)
 add_library(qorlixclient_cpp STATIC
             $<FILTER:$<TARGET_OBJECTS:qorlix_core>,INCLUDE,/client/[A-Za-z]+\\.cpp\\.obj$>)
