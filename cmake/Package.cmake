@@ -23,7 +23,8 @@ install(DIRECTORY docs/ DESTINATION docs FILES_MATCHING PATTERN "*.md")
 
 # For programs that talk to the server: headers, the C++ client as an archive of this tool chain,
 # the C interface as a library for any, and examples.
-install(DIRECTORY client DESTINATION include FILES_MATCHING PATTERN "*.h" PATTERN testing EXCLUDE)
+install(DIRECTORY client DESTINATION include FILES_MATCHING PATTERN "*.h"
+        PATTERN testing EXCLUDE PATTERN capi EXCLUDE)
 install(FILES server/CommandCode.h server/SrvResult.h DESTINATION include/server)
 add_library(qorlixclient_cpp STATIC
             $<FILTER:$<TARGET_OBJECTS:qorlix_core>,INCLUDE,/client/[A-Za-z]+\\.cpp\\.obj$>)
@@ -33,12 +34,11 @@ list(APPEND delivered qorlixclient_cpp)
 if(TARGET qorlixclient)
   qorlix_deliver(qorlixclient lib)
   install(TARGETS qorlixclient ARCHIVE DESTINATION lib)
-  file(GLOB definitions client/capi/*.def)
-  install(FILES ${definitions} DESTINATION lib)
+  install(FILES client/capi/qorlixclient.def DESTINATION lib)
+  install(DIRECTORY client/capi/ DESTINATION include FILES_MATCHING PATTERN "qorlix*.h")
 endif()
 if(EXISTS ${CMAKE_SOURCE_DIR}/examples)
-  install(DIRECTORY examples DESTINATION . PATTERN CMakeLists.txt EXCLUDE
-          PATTERN "*Test.cpp" EXCLUDE)
+  install(DIRECTORY examples DESTINATION . PATTERN CMakeLists.txt EXCLUDE)
 endif()
 
 # The stand-ins, where no program finds them by chance.

@@ -125,15 +125,26 @@ class PackageTest(unittest.TestCase):
         for package in self.bill["packages"]:
             self.assertIn("versionInfo", package)
 
-    def test_a_client_is_built_with_the_package_alone(self):
-        source = pathlib.Path(__file__).resolve().parent / "client.cpp"
+    def build_client(self, source: pathlib.Path, *more: str):
         program = self.work / "client.exe"
-        built = subprocess.run([self.compiler, "-std=c++20", "-Wall", "-Wextra", "-Werror",
-                                f"-I{self.root}/include", source, f"-L{self.root}/lib",
-                                "-lqorlixclient_cpp", "-lssp", "-static", "-o", program],
+        built = subprocess.run([self.compiler, "-Wall", "-Wextra", "-Werror",
+                                f"-I{self.root}/include", "-x", *more[:2], source, "-x", "none",
+                                f"-L{self.root}/lib", *more[2:], "-static", "-o", program],
                                capture_output=True, text=True)
         self.assertEqual(built.returncode, 0, built.stderr)
         program.unlink()
+
+    def test_a_client_is_built_with_the_package_alone(self):
+        self.build_client(pathlib.Path(__file__).resolve().parent / "client.cpp", "c++",
+                          "-std=c++20", "-lqorlixclient_cpp", "-lssp")
+
+    def test_the_examples_are_built_with_the_package_alone(self):
+        if "lib/qorlixclient.dll" not in self.names:
+            self.skipTest("the package has no C interface")
+        for source in (self.root / "examples").rglob("*.c"):
+            self.build_client(source, "c", "-std=c99", "-lqorlixclient")
+        for source in (self.root / "examples").rglob("*.cpp"):
+            self.build_client(source, "c++", "-std=c++20", "-lqorlixclient_cpp", "-lssp")
 
     def test_every_header_stands_alone(self):
         headers = [name.removeprefix("include/") for name in self.names if name.endswith(".h")
