@@ -8,9 +8,9 @@ cd "$(dirname "$0")/.."
 tools/setup.sh
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
-export SOURCE_DATE_EPOCH CCACHE_DISABLE=1
-unset CMAKE_C_COMPILER_LAUNCHER CMAKE_CXX_COMPILER_LAUNCHER
+moment=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
+export CCACHE_DISABLE=1
+unset CMAKE_C_COMPILER_LAUNCHER CMAKE_CXX_COMPILER_LAUNCHER SOURCE_DATE_EPOCH
 
 # build FOLDER VARIABLE=VALUE...: the package of a copy of the tree in a folder.
 build() {
@@ -22,8 +22,11 @@ build() {
   (cd "$folder"
    export "$@"
    umask "$MASK"
-   cmake --preset windows-x86 -D BUILD_TESTING=OFF && cmake --build --preset windows-x86 \
-     --target package) >"$work/log" 2>&1 || { cat "$work/log" >&2; exit 1; }
+   # The tools that compile and link are not told of the moment: what they would take from the clock
+   # has to show.
+   cmake --preset windows-x86 -D BUILD_TESTING=OFF && cmake --build --preset windows-x86 &&
+     SOURCE_DATE_EPOCH=$moment cmake --build --preset windows-x86 --target package) \
+    >"$work/log" 2>&1 || { cat "$work/log" >&2; exit 1; }
 }
 # The delivered files, alone and packed, with their sums.
 sums() {
