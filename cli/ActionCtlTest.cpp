@@ -90,7 +90,7 @@ TEST_F(ActionCtlTest, OptionsOfOtherCommandsAreRefused) {
     EXPECT_TRUE(Complains("does not take --")) << output_.err;
   }
   EXPECT_EQ(Run({"driver", "install", "S", "I", "--mode", "x"}), kExitUsage);
-  EXPECT_TRUE(Complains("--mode takes a number"));
+  EXPECT_TRUE(Complains("--mode is a number, decimal"));
   EXPECT_EQ(server_.Connections(), 0);
 }
 
@@ -125,6 +125,24 @@ TEST_F(ActionCtlTest, AFailureIsToldOnceAlthoughItComesTwice) {
   server_.Answers({"0400 9C210000 0400 9C210000 0400 9C210000"});
   EXPECT_EQ(Run({"panel"}), kExitServer);
   EXPECT_TRUE(Complains("hint: it was onlpanelx.cpl that raised it"));
+}
+
+TEST_F(ActionCtlTest, CodesOfDriverAndPanelAreToldAsWhatTheyAre) {
+  server_.Answers({"0400 02000000 0400 02000000 0400 02000000"});
+  EXPECT_EQ(Run({"driver", "install", "S", "I"}), kExitServer);
+  EXPECT_TRUE(Complains("hint: the code is drvinstx.dll's; as a rule the INF file"));
+  server_.Answers({"0400 0B0200E0 0400 0B0200E0 0400 0B0200E0"});
+  EXPECT_EQ(Run({"driver", "install", "S", "I"}), kExitServer);
+  EXPECT_TRUE(Complains("hint: the code is drvinstx.dll's; it may be one of the set-up functions"));
+  server_.Answers({"0400 7F000000 0400 7F000000 0400 7F000000"});
+  EXPECT_EQ(Run({"panel"}), kExitServer);
+  EXPECT_TRUE(Complains("hint: onlpanelx.cpl lacks RunEpromPanelAsAdmin"));
+  server_.Answers({"0400 1F000000 0400 1F000000 0400 1F000000"});
+  EXPECT_EQ(Run({"panel"}), kExitServer);
+  EXPECT_TRUE(Complains("hint: onlpanelx.cpl says that it failed, but not why"));
+  server_.Answers({"0400 AC210000 0400 AC210000"});
+  EXPECT_EQ(Run({"panel"}), kExitServer);
+  EXPECT_FALSE(Complains("hint"));
 }
 
 TEST_F(ActionCtlTest, AnswersThatDifferAreTold) {
@@ -206,7 +224,7 @@ TEST_F(ActionCtlTest, AnAddressIsFourNumbersWithDots) {
   EXPECT_EQ(Run({"ip", "add", "1.2.3.4", "255.0.0.0", "eth0"}), kExitUsage);
   EXPECT_TRUE(Complains("IFINDEX is a number"));
   EXPECT_EQ(Run({"ip", "delete", "4294967296"}), kExitUsage);
-  EXPECT_TRUE(Complains("CONTEXT is a number"));
+  EXPECT_TRUE(Complains("CONTEXT is too large"));
   EXPECT_EQ(server_.Connections(), 0);
 }
 

@@ -12,15 +12,9 @@ bool IsShortEnough(const Invocation& invocation, Output& output, const char* wha
 }
 
 std::string NoReplyHint(const client::Result& result, const std::string& blockedBy) {
-  if (result.origin() != client::Origin::Receive) return {};
-  if (result.code() == client::kTimedOut) {
-    return "the server goes on with it, and answers nobody until " + blockedBy +
-           "; --timeout gives it more time";
-  }
-  if (client::IsPipeBroken(result.code())) {
-    return "the server may have ended; 'qorlixctl ping' tells";
-  }
-  return {};
+  if (result.origin() != client::Origin::Receive || result.code() != client::kTimedOut) return {};
+  return "the server goes on with it, and answers nobody until " + blockedBy +
+         "; --timeout gives it more time";
 }
 
 bool ShowSecondSend(Report& report, const client::Result& result,

@@ -13,7 +13,7 @@ namespace cli {
 bool IsShortEnough(const Invocation& invocation, Output& output, const char* what,
                    std::string_view ansi);
 
-/// Why no reply may have come in time, or at all; empty where that did not happen.
+/// Why no reply may have come in time; empty where that did not happen.
 /// \param blockedBy what the server may be waiting for
 std::string NoReplyHint(const client::Result& result, const std::string& blockedBy);
 

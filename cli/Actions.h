@@ -55,6 +55,8 @@ int IpDeleteAction(const Invocation& invocation, Output& output);
 int TestAction(const Invocation& invocation, Output& output);
 
 int RawAction(const Invocation& invocation, Output& output);
+int DecodeAction(const Invocation& invocation, Output& output);
+int DoctorAction(const Invocation& invocation, Output& output);
 
 int TraceReportAction(const Invocation& invocation, Output& output);
 

@@ -40,24 +40,34 @@ class Parser {
       : words_(words), invocation_(invocation) {}
 
   std::string Run() {
+    std::string firstError;
     while (at_ < words_.size()) {
-      const std::string& word = words_[at_++];
-      if (!onlyArguments_ && word == "-o" && MakesAReport()) {
-        std::string error = TakeText(word, invocation_.output);
-        if (!error.empty()) return error;
-      } else if (onlyArguments_ || !word.starts_with("--")) {
-        rest_.push_back(word);
-      } else if (word == "--") {
-        onlyArguments_ = true;
-      } else {
-        std::string error = TakeOption(word);
-        if (!error.empty()) return error;
-      }
+      const std::string error = TakeWord(words_[at_++]);
+      if (firstError.empty()) firstError = error;
+    }
+    if (!firstError.empty()) {
+      // Which command was meant, so that its help can be named.
+      std::size_t words = 0;
+      invocation_.subcommand = FindSubcommand(rest_, words);
+      return firstError;
     }
     return invocation_.version ? std::string() : TakeSubcommand();
   }
 
  private:
+  std::string TakeWord(const std::string& word) {
+    if (!onlyArguments_ && word == "-o" && MakesAReport()) {
+      return TakeText(word, invocation_.output);
+    }
+    if (!onlyArguments_ && word.starts_with("--") && word != "--") return TakeOption(word);
+    if (!onlyArguments_ && word == "--") {
+      onlyArguments_ = true;
+    } else {
+      rest_.push_back(word);
+    }
+    return {};
+  }
+
   // The one command whose arguments cannot be texts of the user's, so that -o is never one.
   bool MakesAReport() {
     hasValue_ = false;
@@ -93,6 +103,8 @@ class Parser {
     if (name == "--event") return TakeText(name, invocation_.action.event);
     if (name == "--fetch") return TakeText(name, invocation_.action.fetch);
     if (name == "--wait") return TakeSeconds(name, invocation_.action.waitMs);
+    if (name == "--command") return TakeText(name, invocation_.decode.command);
+    if (name == "--reply") return TakeFlag(name, invocation_.decode.reply);
     if (name == "--json") return TakeFlag(name, invocation_.json);
     if (name == "--help") return TakeFlag(name, invocation_.help);
     if (name == "--version") return TakeFlag(name, invocation_.version);
@@ -134,7 +146,7 @@ class Parser {
     if (!error.empty()) return error;
     invocation_.action.hasMode = true;
     if (ParseNumber(number, invocation_.action.mode)) return {};
-    return "--mode takes a number, decimal or 0x and up to eight hex digits, not '" + number + "'";
+    return NumberError("--mode", number);
   }
 
   // The value may be left out, so the next word is taken only if it is one. A word that was meant
@@ -219,7 +231,7 @@ class Parser {
         {!given.function.empty(), kTakesLines, "--function"},
         {!given.text.empty(), kTakesLines, "--text"},
         {!given.since.empty(), kTakesLines, "--since"},
-        {given.ring, kTakesLines, "--ring"},
+        {given.ring, kTakesLines | kTakesReport, "--ring"},
         {!given.color.empty(), kTakesColor, "--color"},
         {given.forMs != 0, kTakesFor, "--for"},
         {!action.language.empty(), kTakesLanguage, "--language"},
@@ -228,6 +240,8 @@ class Parser {
         {!action.event.empty(), kTakesEvent, "--event"},
         {!action.fetch.empty(), kTakesEvent, "--fetch"},
         {action.waitMs != 0, kTakesEvent, "--wait"},
+        {!invocation_.decode.command.empty(), kTakesDecode, "--command"},
+        {invocation_.decode.reply, kTakesDecode, "--reply"},
     };
     for (const auto& option : kOptions) {
       if (!option.given || (subcommand.options & option.bit) != 0) continue;
@@ -317,6 +331,16 @@ bool ParseNumber(std::string_view word, std::uint32_t& number) {
   if (total > 0xFFFFFFFF) return false;
   number = static_cast<std::uint32_t>(total);
   return true;
+}
+
+std::string NumberError(const std::string& what, const std::string& word) {
+  const bool isHex = word.starts_with("0x") || word.starts_with("0X");
+  const std::string digits = isHex ? word.substr(2) : word;
+  const char* const allowed = isHex ? "0123456789abcdefABCDEF" : "0123456789";
+  if (!digits.empty() && digits.find_first_not_of(allowed) == std::string::npos) {
+    return what + " is too large: '" + word + "'; the largest is 4294967295 (0xffffffff)";
+  }
+  return what + " is a number, decimal or 0x and up to eight hex digits, not '" + word + "'";
 }
 
 bool ParseSeconds(std::string_view word, std::uint32_t& milliseconds) {

@@ -23,6 +23,10 @@ bool ParseRootKey(std::string_view word, std::uint32_t& root);
 /// A number below 2^32, in decimal digits or as 0x and up to eight hex digits.
 bool ParseNumber(std::string_view word, std::uint32_t& number);
 
+/// What is wrong with a word that ParseNumber refused: it is too large, or none at all.
+/// \param what the name under which the user knows the number
+std::string NumberError(const std::string& what, const std::string& word);
+
 /// Seconds with up to three decimals, above 0 and at most a day, into milliseconds.
 bool ParseSeconds(std::string_view word, std::uint32_t& milliseconds);
 

@@ -129,6 +129,15 @@ TEST(ArgumentsTest, RootKeysAreNamesOrNumbers) {
   }
 }
 
+TEST(ArgumentsTest, ANumberAboveTheLargestIsSaidToBeTooLarge) {
+  for (const char* const word : {"4294967296", "0x100000000", "99999999999999999999"}) {
+    EXPECT_NE(NumberError("N", word).find("N is too large: '"), std::string::npos) << word;
+  }
+  for (const char* const word : {"", "0x", "-1", "many", "0xG", "1 "}) {
+    EXPECT_NE(NumberError("N", word).find("N is a number, "), std::string::npos) << word;
+  }
+}
+
 TEST(ArgumentsTest, SecondsHaveUpToThreeDecimalsAndBounds) {
   std::uint32_t milliseconds = 0;
   EXPECT_TRUE(ParseSeconds("10", milliseconds));

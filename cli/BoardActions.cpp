@@ -55,13 +55,14 @@ class Listing {
     if (!table_.Empty()) {
       for (const std::string& line : table_.Lines()) report_.Line(line);
     }
-    for (const std::string& remark : remarks_) report_.Line(remark);
+    for (const std::string& remark : remarks_) report_.Note(remark);
     if (result.ok() && next_ == 0) report_.Line("(none)");
     const std::string count = std::to_string(next_);
     if (stopped) {
       return report_.Finish(result, "stopped after " + count + " entries; there may be more");
     }
-    if (result.ok()) return report_.Finish(result);
+    if (!result.fromServer() && next_ > 0) report_.Note("the list ends before entry " + count);
+    if (result.ok() || !result.fromServer()) return report_.Finish(result);
     return report_.Finish(result, "this ended the list at entry " + count +
                                       "; 259 would have said that there are no more");
   }

@@ -47,6 +47,18 @@ TEST_F(BoardCtlTest, WhateverElseEndsAListIsSaid) {
   EXPECT_TRUE(Complains("hint: this ended the list at entry 1"));
 }
 
+TEST_F(BoardCtlTest, AListThatTheServerDoesNotEndIsNotSaidToHaveBeenEndedByTheLibrary) {
+  server_.Answers({"0400 00000000 01000000 41 01000000 01000000 42 01000000 07000000"});
+  server_.AnswersAndCloses({});
+  EXPECT_EQ(Run({"board", "available"}), kExitTransport);
+  EXPECT_TRUE(Complains("the list ends before entry 1\n"));
+  EXPECT_TRUE(Complains("hint: the server may have ended"));
+  server_.IsGone();
+  EXPECT_EQ(Run({"board", "available"}), kExitTransport);
+  EXPECT_FALSE(Complains("entry"));
+  EXPECT_TRUE(Complains("not running"));
+}
+
 TEST_F(BoardCtlTest, EntriesThatDoNotFitAreToldOfAndDoNotEndTheList) {
   // The first does not fit twice, the second fits when less room is asked for.
   server_.Answers({"0400 9A210000 00200000 00200000"});
@@ -57,9 +69,10 @@ TEST_F(BoardCtlTest, EntriesThatDoNotFitAreToldOfAndDoNotEndTheList) {
   EXPECT_EQ(Run({"board", "available"}), kExitOk);
   EXPECT_TRUE(Says("1  A      B          7\n"));
   EXPECT_TRUE(
-      Says("entry 0 does not fit a reply (8602 BUFFER_OVERFLOW): board 8192 bytes, "
-           "deviceId 8192 bytes\n"));
-  EXPECT_TRUE(Says("entry 1 did not fit a reply; it came when less room was asked for"));
+      Complains("entry 0 does not fit a reply (8602 BUFFER_OVERFLOW): board 8192 bytes, "
+                "deviceId 8192 bytes\n"));
+  EXPECT_TRUE(Complains("entry 1 did not fit a reply; it came when less room was asked for"));
+  EXPECT_FALSE(Says("fit a reply"));
 }
 
 TEST_F(BoardCtlTest, AListInJsonHasTextsLengthsAndNumbers) {
@@ -113,10 +126,14 @@ TEST_F(BoardCtlTest, ATooLongAnswerIsToldWithItsLength) {
 }
 
 TEST_F(BoardCtlTest, ATypeThatIsNoNumberIsNotSent) {
-  for (const char* const type : {"x", "", "0x", "-1", "4294967296", "0x123456789"}) {
+  for (const char* const type : {"x", "", "0x", "-1", "1.5", "0x1G"}) {
     EXPECT_EQ(Run({"board", "info", type}), kExitUsage) << type;
     EXPECT_TRUE(Complains("TYPE is a number"));
     EXPECT_EQ(Run({"board", "info-ex", type}), kExitUsage) << type;
+  }
+  for (const char* const type : {"4294967296", "0x123456789", "99999999999999999999"}) {
+    EXPECT_EQ(Run({"board", "info", type}), kExitUsage) << type;
+    EXPECT_TRUE(Complains(std::string("TYPE is too large: '") + type + "'"));
   }
   EXPECT_EQ(server_.Connections(), 0);
 }
@@ -137,6 +154,53 @@ TEST_F(BoardCtlTest, CommandsWithoutAnAnswerSayWhatWasDone) {
     server_.Answers({"0400 03000000"});
     EXPECT_EQ(Run(line.words), kExitServer);
     EXPECT_TRUE(Complains("the server answered 3"));
+  }
+}
+
+TEST_F(BoardCtlTest, TheNumberOfUninitializedBoardsIsNotToldAsACodeOfWindows) {
+  server_.Answers({"0400 01000000"});
+  EXPECT_EQ(Run({"board", "uninitialized"}), kExitServer);
+  EXPECT_TRUE(Complains("the server answered 1: a number of the board library"));
+  EXPECT_FALSE(Complains("ERROR_"));
+  server_.Answers({"0400 02000000"});
+  EXPECT_EQ(Run({"board", "uninitialized", "--json"}), kExitServer);
+  ExpectJson();
+  EXPECT_TRUE(Says("\"number\":2,\"ok\":false,\"result\":{\"code\":2,\"name\":\"\","));
+  server_.Answers({"0400 00000000"});
+  EXPECT_EQ(Run({"board", "uninitialized", "--json"}), kExitOk);
+  EXPECT_TRUE(Says("\"number\":0,\"ok\":true"));
+  // The server's own codes are no number of the library.
+  server_.Answers({"0400 9C210000"});
+  EXPECT_EQ(Run({"board", "uninitialized", "--json"}), kExitServer);
+  EXPECT_FALSE(Says("\"number\""));
+  EXPECT_TRUE(Says("SRV_ERR_EXCEPTION_OCCURED"));
+  EXPECT_TRUE(Says("it was the board library that raised it"));
+}
+
+TEST_F(BoardCtlTest, CodesOfTheLibraryAreToldAsItsOwn) {
+  const struct {
+    Words words;
+    const char* usual;
+  } kLines[] = {{{"board", "map", "D"}, "no board that is there fits these texts"},
+                {{"board", "info", "9"}, "it has nothing of this TYPE on such a board"},
+                {{"board", "info-ex", "9"}, "it has nothing of this TYPE on such a board"},
+                {{"board", "update-logdevices", "D", "H"},
+                 "no board that is there has this device id and hardware id"}};
+  for (const auto& line : kLines) {
+    server_.Answers({"0400 02000000 00000000"});
+    EXPECT_EQ(Run(line.words), kExitServer);
+    EXPECT_TRUE(
+        Complains(std::string("hint: the code is the board library's; as a rule ") + line.usual))
+        << output_.err;
+    server_.Answers({"0400 57000000 00000000"});
+    EXPECT_EQ(Run(line.words), kExitServer);
+    EXPECT_TRUE(Complains("as a rule an argument that it needs is empty")) << output_.err;
+    server_.Answers({"0400 1F000000 00000000"});
+    EXPECT_EQ(Run(line.words), kExitServer);
+    EXPECT_TRUE(Complains("its documents say what it means")) << output_.err;
+    server_.Answers({"0400 AC210000"});
+    EXPECT_EQ(Run(line.words), kExitServer);
+    EXPECT_FALSE(Complains("hint")) << output_.err;
   }
 }
 

@@ -107,9 +107,9 @@ inline constexpr char kBoardUpdateLogdevices[] =
 inline constexpr char kBoardUninitialized[] =
     "Asks whether boards wait to be initialised. The answer is a number of the library: 0 says "
     "that\n"
-    "there is none, with the exit code 0; any other says that there are some, or what went wrong, "
+    "there is none, with the exit code 0; any other says how many there are, or what went wrong, "
     "with\n"
-    "the exit code 1.\n"
+    "the exit code 1. It is told as it is, not as a code of Windows; with --json as number.\n"
     "\n"
     "Example:\n"
     "  qorlixctl board uninitialized\n";

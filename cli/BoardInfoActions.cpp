@@ -5,6 +5,7 @@
 #include "cli/Arguments.h"
 #include "cli/Connection.h"
 #include "cli/Hex.h"
+#include "cli/LibraryHint.h"
 #include "cli/Report.h"
 #include "cli/TextEncoding.h"
 #include "client/BoardCalls.h"
@@ -23,9 +24,11 @@ client::Bytes BytesOf(std::string_view text) {
   return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
+constexpr char kNoSuchInfo[] = "it has nothing of this TYPE on such a board";
+
 // Shows the one text or data block that a command answers with.
 int FinishValue(Report& report, const Result& result, const client::BoardValue& answer,
-                const char* name, bool isText) {
+                const char* name, bool isText, const char* notFound) {
   const client::BoardText& content = answer.content;
   if (report.IsJson() && answer.told) {
     JsonWriter& json = report.Json();
@@ -38,7 +41,7 @@ int FinishValue(Report& report, const Result& result, const client::BoardValue& 
     return report.Finish(
         result, "the answer has " + ByteCount(content.length) + ", and a reply takes 8160 at most");
   }
-  if (!result.ok()) return report.Finish(result);
+  if (!result.ok()) return report.Finish(result, BoardLibraryHint(result, notFound));
 
   if (isText) {
     report.Line(std::string(name) + ": " + Quoted(content.text));
@@ -57,9 +60,7 @@ int FinishValue(Report& report, const Result& result, const client::BoardValue& 
 // The information type that stands first, as it was given and as a number.
 bool TakeType(const Invocation& invocation, Output& output, std::uint32_t& type) {
   if (ParseNumber(invocation.arguments[0], type)) return true;
-  UsageError(output, invocation,
-             "TYPE is a number, decimal or 0x and up to eight hex digits, not '" +
-                 invocation.arguments[0] + "'");
+  UsageError(output, invocation, NumberError("TYPE", invocation.arguments[0]));
   return false;
 }
 
@@ -69,15 +70,17 @@ std::string SlowHint(const Result& result) {
   return "the server goes on with it; the hardware may take its time, and --timeout gives it more";
 }
 
-// Runs a command that answers with its result alone.
+// Runs a command that answers with its result alone, the board library's.
 template <typename Call>
-int Run(const Invocation& invocation, Output& output, const std::string& done, Call call) {
+int Run(const Invocation& invocation, Output& output, const std::string& done, Call call,
+        const char* notFound = "") {
   Report report(invocation, output);
   const auto client = MakeClient(invocation);
   BoardCalls calls(*client);
   const Result result = call(calls);
   if (result.ok()) report.Line("the server answered 0 (success): " + done);
-  return report.Finish(result, SlowHint(result));
+  return report.Finish(result,
+                       result.fromServer() ? BoardLibraryHint(result, notFound) : SlowHint(result));
 }
 
 using Assignments = std::map<std::string, std::string>;
@@ -127,7 +130,8 @@ int BoardMapAction(const Invocation& invocation, Output& output) {
   client::BoardValue map;
   const Result result =
       BoardCalls(*client).BC_BoardGetMap(ansi[0].c_str(), ansi[1].c_str(), ansi[2].c_str(), map);
-  return FinishValue(report, result, map, "boardMap", /*isText=*/true);
+  return FinishValue(report, result, map, "boardMap", /*isText=*/true,
+                     "no board that is there fits these texts");
 }
 
 int BoardInfoAction(const Invocation& invocation, Output& output) {
@@ -140,7 +144,7 @@ int BoardInfoAction(const Invocation& invocation, Output& output) {
                                      ansi[4].c_str()};
   client::BoardValue value;
   const Result result = BoardCalls(*client).BC_GetBoardInfo(type, of, value);
-  return FinishValue(report, result, value, "value", /*isText=*/true);
+  return FinishValue(report, result, value, "value", /*isText=*/true, kNoSuchInfo);
 }
 
 int BoardInfoExAction(const Invocation& invocation, Output& output) {
@@ -155,7 +159,7 @@ int BoardInfoExAction(const Invocation& invocation, Output& output) {
   of.hardwareInstanceId = ansi[3].c_str();
   client::BoardValue data;
   const Result result = BoardCalls(*client).BC_GetBoardInfoEx(type, of, data);
-  return FinishValue(report, result, data, "data", /*isText=*/false);
+  return FinishValue(report, result, data, "data", /*isText=*/false, kNoSuchInfo);
 }
 
 int BoardScanAction(const Invocation& invocation, Output& output) {
@@ -171,10 +175,12 @@ int BoardCreateLogdevicesAction(const Invocation& invocation, Output& output) {
 int BoardUpdateLogdevicesAction(const Invocation& invocation, Output& output) {
   const std::vector<std::string> ansi = AnsiArguments(invocation, output);
   if (ansi.empty()) return kExitUsage;
-  return Run(invocation, output, "the logical devices of " + Quoted(ansi[0]) + " are up to date",
-             [&](BoardCalls& calls) {
-               return calls.BC_UpdateLogDevicesForDevice(ansi[0].c_str(), ansi[1].c_str());
-             });
+  return Run(
+      invocation, output, "the logical devices of " + Quoted(ansi[0]) + " are up to date",
+      [&](BoardCalls& calls) {
+        return calls.BC_UpdateLogDevicesForDevice(ansi[0].c_str(), ansi[1].c_str());
+      },
+      "no board that is there has this device id and hardware id");
 }
 
 int BoardUninitializedAction(const Invocation& invocation, Output& output) {
@@ -182,10 +188,18 @@ int BoardUninitializedAction(const Invocation& invocation, Output& output) {
   const auto client = MakeClient(invocation);
   const Result result = BoardCalls(*client).BC_HasUninitializedInstances();
   if (result.ok()) report.Line("the server answered 0: no board waits to be initialised");
+  if (report.IsJson() && result.fromServer() && !IsServersOwn(result)) {
+    report.Json().Name("number").Number(result.code());
+  }
   if (result.ok() || !result.fromServer()) return report.Finish(result);
-  return report.Finish(result,
-                       "the number is the board library's: boards that wait to be initialised, or "
-                       "an error of its own");
+  if (IsServersOwn(result)) return report.Finish(result, BoardLibraryHint(result));
+  // A count that happens to be a code of Windows must not be told by that code's name.
+  Ending ending = EndingOf(result);
+  ending.name.clear();
+  ending.text =
+      "a number of the board library, how many boards wait to be initialised or an error of its "
+      "own";
+  return report.Finish(ending);
 }
 
 int CheckAction(const Invocation& invocation, Output& output) {

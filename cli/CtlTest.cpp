@@ -46,6 +46,38 @@ TEST_F(CtlTest, AMissingAndABusyServerAreToldApart) {
   EXPECT_TRUE(Complains("not running"));
 }
 
+TEST_F(CtlTest, AServerThatIsGoneComesWithAHintInEveryCommand) {
+  const Words lines[] = {
+      {"reg", "get", "K", "N"}, {"reg", "ls", "K"}, {"board", "list", "D"}, {"board", "scan"},
+      {"device", "state", "H"}, {"check"},          {"install", "D"},       {"panel"},
+      {"ip", "delete", "1"},    {"test", "T"},      {"restart", "D"},       {"raw", "1000"}};
+  for (const Words& words : lines) {
+    server_.AnswersAndCloses({});
+    EXPECT_EQ(Run(words), kExitTransport) << words[0];
+    EXPECT_TRUE(Complains(
+        "hint: the server may have ended; 'qorlixctl ping' tells; 'qorlixctl start' starts it\n"))
+        << words[0] << output_.err;
+  }
+  server_.AnswersAndCloses({});
+  EXPECT_EQ(Run({"ping"}), kExitTransport);
+  EXPECT_TRUE(Complains("hint: the server may have ended; 'qorlixctl start' starts it\n"));
+  server_.IsGone();
+  for (const Words& words : lines) {
+    EXPECT_EQ(Run(words), kExitTransport) << words[0];
+    EXPECT_TRUE(Complains("hint: 'qorlixctl start' starts a server, whose pipe is asked without "))
+        << words[0] << output_.err;
+  }
+}
+
+TEST_F(CtlTest, AReplyThatDoesNotComeInTimeMayOnlyBeLate) {
+  server_.StaysSilent();
+  EXPECT_EQ(Run({"ping", "--timeout", "0.1"}), kExitTransport);
+  EXPECT_TRUE(Complains("hint: the server may be busy with another request; it carries this one"));
+  server_.StaysSilent();
+  EXPECT_EQ(Run({"stop", "--timeout", "0.1"}), kExitTransport);
+  EXPECT_TRUE(Complains("it carries the stop out when its turn comes"));
+}
+
 TEST_F(CtlTest, StopSucceedsWhenTheConnectionBreaks) {
   server_.AnswersAndCloses({});
   EXPECT_EQ(Run({"stop"}), kExitOk);
@@ -112,6 +144,15 @@ TEST_F(CtlTest, RegGetOfTooLongAValueTellsItsSize) {
   EXPECT_TRUE(Complains("10000 bytes"));
 }
 
+TEST_F(CtlTest, RegGetInJsonHasNoDataAfterAFailure) {
+  for (const char* const reply : {"0400 02000000 00000000", "0400 EA000000 0F270000"}) {
+    server_.Answers({reply});
+    EXPECT_EQ(Run({"reg", "get", "K", "N", "--json"}), kExitServer);
+    ExpectJson();
+    EXPECT_TRUE(Says("\"name\":\"N\",\"ok\":false")) << output_.out;
+  }
+}
+
 TEST_F(CtlTest, RegLsAndValuesListUntilThereIsNoMore) {
   server_.Answers({"0400 00000000 01000000 41 01000000"});
   server_.Answers({"0400 03010000 E01F0000"});
@@ -121,9 +162,9 @@ TEST_F(CtlTest, RegLsAndValuesListUntilThereIsNoMore) {
   server_.Answers({"0400 00000000 00000000 00000000 01000000 42 02000000"});
   server_.Answers({"0400 03010000 E01F0000 E01F0000"});
   EXPECT_EQ(Run({"reg", "values", "K"}), kExitOk);
+  EXPECT_EQ(output_.out, "(default) = \"B\"  (2 bytes)\n");
   EXPECT_TRUE(
-      Says("value 0 does not fit a reply (8602 BUFFER_OVERFLOW): its data has 8160 bytes\n"
-           "(default) = \"B\"  (2 bytes)\n"));
+      Complains("value 0 does not fit a reply (8602 BUFFER_OVERFLOW): its data has 8160 bytes\n"));
 }
 
 TEST_F(CtlTest, AnEmptyKeyIsNoFailure) {
@@ -323,6 +364,16 @@ TEST_F(CtlTest, UsageErrorsGoToTheErrorOutputAndNameTheHelp) {
   EXPECT_TRUE(Complains("'qorlixctl --help'"));
   EXPECT_EQ(RunAlone({"reg", "get", "K"}), kExitUsage);
   EXPECT_TRUE(Complains("'qorlixctl reg get --help'"));
+  EXPECT_EQ(RunAlone({"board", "scan", "--timeout", "soon"}), kExitUsage);
+  EXPECT_TRUE(Complains("'qorlixctl board scan --help'"));
+  EXPECT_EQ(RunAlone({"--color", "red", "trace", "dump", "--unknown"}), kExitUsage);
+  EXPECT_TRUE(Complains("not 'red'\n'qorlixctl trace dump --help'"));
+  EXPECT_EQ(RunAlone({"--timeout", "soon"}), kExitUsage);
+  EXPECT_TRUE(Complains("'qorlixctl --help'"));
+  for (const std::string group : {"board", "ip"}) {
+    EXPECT_EQ(RunAlone({group}), kExitUsage);
+    EXPECT_TRUE(Complains("'qorlixctl help " + group + "'"));
+  }
   EXPECT_EQ(RunAlone({"help", "nonsense"}), kExitUsage);
   EXPECT_EQ(output_.out, "");
 }

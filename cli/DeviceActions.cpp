@@ -10,6 +10,7 @@
 #include "cli/DevNodeNames.h"
 #include "cli/Guid.h"
 #include "cli/Hex.h"
+#include "cli/LibraryHint.h"
 #include "cli/Report.h"
 #include "cli/TextEncoding.h"
 #include "client/BoardCalls.h"
@@ -32,11 +33,6 @@ std::string Hex32(std::uint32_t number) {
   char text[16];
   (void)std::snprintf(text, sizeof(text), "0x%08x", number);
   return text;
-}
-
-std::string NotANumber(const char* what, const std::string& word) {
-  return std::string(what) + " is a number, decimal or 0x and up to eight hex digits, not '" +
-         word + "'";
 }
 
 // The device id in the ANSI code page; the server reads no longer one.
@@ -69,7 +65,10 @@ int RegisterAction(const Invocation& invocation, Output& output, bool watch) {
     report.Line(std::string("the server answered 0 (success): changes of ") + Quoted(deviceId) +
                 (watch ? " are noted from now on" : " are no longer noted"));
   }
-  return report.Finish(result);
+  return report.Finish(
+      result, BoardLibraryHint(result, watch ? "it knows no such device id"
+                                             : "nothing is watched under this device id and GUID; "
+                                               "both have to be those of 'device watch'"));
 }
 
 // A change holds one text, or several with a zero behind each.
@@ -135,7 +134,7 @@ struct InformationArguments {
     for (std::size_t i = 0; i < words.size(); ++i) {
       if (!error.empty()) return error;
       if (numbers[i] != nullptr && !ParseNumber(words[i], *numbers[i])) {
-        error = NotANumber(kNames[i], words[i]);
+        error = NumberError(kNames[i], words[i]);
       }
     }
     ask.data1 = data1;
@@ -179,7 +178,7 @@ int DeviceStateAction(const Invocation& invocation, Output& output) {
   if (ansi.empty()) return kExitUsage;
   std::uint32_t option = client::kNoOption;
   if (invocation.arguments.size() > 1 && !ParseNumber(invocation.arguments[1], option)) {
-    return UsageError(output, invocation, NotANumber("OPTION", invocation.arguments[1]));
+    return UsageError(output, invocation, NumberError("OPTION", invocation.arguments[1]));
   }
   Report report(invocation, output);
   const auto client = MakeClient(invocation);
@@ -224,13 +223,20 @@ int DeviceChangesAction(const Invocation& invocation, Output& output) {
                          "stopped after " + std::to_string(count) + " changes; there may be more");
   }
   if (result.is(client::kNoMoreItems)) {
-    if (count == 0) report.Line("(no changes)");
-    return report.Finish(Result());
+    if (count != 0) return report.Finish(Result());
+    report.Line("(no changes)");
+    return report.Finish(Result(),
+                         "changes are noted only while they are watched: 'qorlixctl device watch' "
+                         "comes first");
   }
   if (result.is(BUFFER_OVERFLOW)) {
     return report.Finish(result, "the next change has " + ByteCount(change.length) +
                                      ", and a reply takes 8160 at most; whether the library keeps "
                                      "it is the library's affair");
+  }
+  if (!result.fromServer()) {
+    if (count != 0) report.Note("the list ends after " + std::to_string(count) + " changes");
+    return report.Finish(result);
   }
   return report.Finish(result, "this ended the list after " + std::to_string(count) +
                                    " changes; 259 would have said that there are no more");
@@ -244,7 +250,9 @@ int DeviceInfoAction(const Invocation& invocation, Output& output) {
   const auto client = MakeClient(invocation);
   client::Information told;
   const Result result = BoardCalls(*client).GetBoardInformation(arguments.ask, told);
-  if (!result.ok()) return report.Finish(result);
+  if (!result.ok()) {
+    return report.Finish(result, BoardLibraryHint(result, "it has nothing for these values"));
+  }
   ShowArea(report, "area1", told.area1);
   ShowNumber(report, "value", told.value);
   ShowArea(report, "area2", told.area2);

@@ -76,7 +76,47 @@ TEST_F(DeviceCtlTest, ChangesAreShownUntilThereIsNone) {
             std::string("kind 2 ") + kGuid + " \"A\" \"B\"\nkind 2 " + kGuid + " \"\"\n");
   server_.Answers({kNoChange});
   EXPECT_EQ(Run({"device", "changes", "D"}), kExitOk);
-  EXPECT_EQ(output_.out, "(no changes)\n");
+  EXPECT_EQ(output_.out.find("(no changes)\nhint: changes are noted only while they are watched"),
+            0u);
+  server_.Answers({kNoChange});
+  EXPECT_EQ(Run({"device", "changes", "D", "--json"}), kExitOk);
+  ExpectJson();
+  EXPECT_TRUE(Says("'qorlixctl device watch' comes first"));
+}
+
+TEST_F(DeviceCtlTest, ChangesThatTheServerDoesNotEndAreNotSaidToHaveBeenEndedByTheLibrary) {
+  AnswersAChange("01000000 41 01000000");
+  server_.AnswersAndCloses({});
+  EXPECT_EQ(Run({"device", "changes", "D"}), kExitTransport);
+  EXPECT_TRUE(Complains("the list ends after 1 changes\n"));
+  EXPECT_TRUE(Complains("hint: the server may have ended"));
+  server_.IsGone();
+  EXPECT_EQ(Run({"device", "changes", "D"}), kExitTransport);
+  EXPECT_FALSE(Complains("list"));
+}
+
+TEST_F(DeviceCtlTest, CodesOfTheLibraryAreToldAsItsOwn) {
+  const struct {
+    Words words;
+    const char* usual;
+  } kLines[] = {
+      {{"device", "watch", "D", kGuid}, "it knows no such device id"},
+      {{"device", "unwatch", "D", kGuid}, "nothing is watched under this device id and GUID"},
+      {{"device", "info", "", "1", "2", "3", "", "0", "0", "9"},
+       "it has nothing for these values"}};
+  for (const auto& line : kLines) {
+    server_.Answers({"0400 02000000"});
+    EXPECT_EQ(Run(line.words), kExitServer);
+    EXPECT_TRUE(
+        Complains(std::string("hint: the code is the board library's; as a rule ") + line.usual))
+        << output_.err;
+    server_.Answers({"0400 EA000000"});
+    EXPECT_EQ(Run(line.words), kExitServer);
+    EXPECT_TRUE(Complains("as a rule its answer needs more room")) << output_.err;
+    server_.Answers({"0400 9C210000"});
+    EXPECT_EQ(Run(line.words), kExitServer);
+    EXPECT_TRUE(Complains("hint: it was the board library that raised it")) << output_.err;
+  }
 }
 
 TEST_F(DeviceCtlTest, ForSomeTimeChangesAreLookedForAgain) {

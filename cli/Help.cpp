@@ -35,7 +35,9 @@ constexpr char kOptions[] =
 constexpr char kExitCodes[] =
     "Exit codes:\n"
     "  0  the server did it: its result is 0\n"
-    "  1  the server answered another result, or its process ended before it was ready\n"
+    "  1  the server answered another result, or its process ended before it was ready; or "
+    "doctor\n"
+    "     found an error, or decode no whole message\n"
     "  2  the command line is wrong, or names what is not there; nothing was sent\n"
     "  3  the server was not reached, was busy, or did not send a whole reply\n";
 
@@ -56,7 +58,9 @@ constexpr char kJson[] =
     "code\n"
     "page of the system, become Unicode, with \\u escapes outside ASCII; the data of values is "
     "there in\n"
-    "hex, too, because not every byte is a character. Usage errors are text in any case.\n";
+    "hex, too, because not every byte is a character. Usage errors, help and --version are text in "
+    "any\n"
+    "case.\n";
 
 constexpr char kRegistry[] =
     "The reg commands work below HKEY_LOCAL_MACHINE, on paths such as "
@@ -127,6 +131,7 @@ std::string SubcommandHelp(const Subcommand& subcommand) {
   if ((subcommand.options & kTakesEvent) != 0) {
     help += " [--event EVENT] [--wait SECONDS] [--fetch EVENT]";
   }
+  if ((subcommand.options & kTakesDecode) != 0) help += " [--command NAME] [--reply]";
   help += std::string(" [OPTIONS]\n\n") + subcommand.summary + ".\n\n" + subcommand.details;
   return help + '\n' + kOptions;
 }

@@ -4,6 +4,7 @@
 #include "cli/Actions.h"
 #include "cli/AnsiArguments.h"
 #include "cli/Connection.h"
+#include "cli/LibraryHint.h"
 
 namespace cli {
 namespace {
@@ -61,10 +62,16 @@ bool TakePlugInTexts(const Invocation& invocation, Output& output, PlugInTexts& 
          IsShortEnough(invocation, output, "a board", texts.board);
 }
 
-// Ends a command that the server answers once without its library, and twice with it.
+// What a command says that the server answers once without its library, and twice with it.
+struct LibraryTexts {
+  std::string library;
+  std::string notDone;
+  std::string done;
+  std::string code;  // whose code a failure has
+};
+
 int FinishWithLibrary(Report& report, const Result& result, const SecondSend& second,
-                      const std::string& library, const std::string& notDone,
-                      const std::string& done) {
+                      const LibraryTexts& texts) {
   Ending ending = EndingOf(result);
   if (ShowSecondSend(report, result, second)) {
     ending.ok = false;
@@ -73,13 +80,38 @@ int FinishWithLibrary(Report& report, const Result& result, const SecondSend& se
   } else if (result.ok() && !second.came) {
     ending.ok = false;
     ending.exitCode = kExitServer;
-    ending.text = "but once only, which says that " + library + " could not be loaded; " + notDone;
+    ending.text = "but once only, which says that " + texts.library + " could not be loaded; " +
+                  texts.notDone;
   } else if (result.ok()) {
-    report.Line("the server answered 0 (success), twice: " + done);
+    report.Line("the server answered 0 (success), twice: " + texts.done);
   }
   std::string hint = NoReplyHint(result, "what it shows on its desktop is closed");
-  if (result.is(SRV_ERR_EXCEPTION_OCCURED)) hint = "it was " + library + " that raised it";
+  if (result.is(SRV_ERR_EXCEPTION_OCCURED)) {
+    hint = "it was " + texts.library + " that raised it";
+  } else if (!result.ok() && result.fromServer() && !IsServersOwn(result)) {
+    hint = texts.code;
+  }
   return report.Finish(ending, hint);
+}
+
+std::string DriverHint(const Result& result) {
+  const std::string whose = "the code is drvinstx.dll's; ";
+  switch (result.code()) {
+    case 2:
+    case 3:
+      return whose + "as a rule the INF file, or a file that it names, is not there";
+    case 87:
+      return whose + "as a rule SERVICE, INF or --mode is not one that it takes";
+    default:
+      return whose + "it may be one of the set-up functions of Windows";
+  }
+}
+
+// The code is no library's: of a panel that failed the server tells the last error of before.
+std::string PanelHint(const Result& result) {
+  if (result.is(127)) return "onlpanelx.cpl lacks RunEpromPanelAsAdmin";
+  return "onlpanelx.cpl says that it failed, but not why: the code is what Windows had noted last, "
+         "and need not be the reason";
 }
 
 }  // namespace
@@ -124,8 +156,10 @@ int DriverInstallAction(const Invocation& invocation, Output& output) {
   SecondSend second;
   const Result result = ActionCalls(*client).InstallWdmDriver_32(
       ansi[0].c_str(), ansi[1].c_str(), ansi[2].c_str(), invocation.action.mode, second);
-  return FinishWithLibrary(report, result, second, "drvinstx.dll", "nothing was installed",
-                           "drvinstx.dll was loaded, and returned 0 or lacks its function");
+  return FinishWithLibrary(
+      report, result, second,
+      {"drvinstx.dll", "nothing was installed",
+       "drvinstx.dll was loaded, and returned 0 or lacks its function", DriverHint(result)});
 }
 
 int PanelAction(const Invocation& invocation, Output& output) {
@@ -133,8 +167,10 @@ int PanelAction(const Invocation& invocation, Output& output) {
   const auto client = MakeClient(invocation);
   SecondSend second;
   const Result result = ActionCalls(*client).RunOnlinePanel_32(second);
-  return FinishWithLibrary(report, result, second, "onlpanelx.cpl", "no panel was shown",
-                           "onlpanelx.cpl was loaded, and its panel has returned");
+  return FinishWithLibrary(
+      report, result, second,
+      {"onlpanelx.cpl", "no panel was shown",
+       "onlpanelx.cpl was loaded, and its panel has returned", PanelHint(result)});
 }
 
 }  // namespace cli

@@ -60,9 +60,7 @@ std::string IpHint(const Result& result, const char* function) {
 bool TakeNumber(const Invocation& invocation, Output& output, const char* what,
                 const std::string& word, std::uint32_t& number) {
   if (ParseNumber(word, number)) return true;
-  UsageError(output, invocation,
-             std::string(what) + " is a number, decimal or 0x and up to eight hex digits, not '" +
-                 word + "'");
+  UsageError(output, invocation, NumberError(what, word));
   return false;
 }
 

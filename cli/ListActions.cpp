@@ -77,7 +77,7 @@ int CodesAction(const Invocation& invocation, Output& output) {
     report.Line(CodeColumn(entry.code) + "  " + name + "  " + entry.text);
   }
   report.Json().Close(']');
-  return report.Finish(client::Result());
+  return report.Finish(DoneHere());
 }
 
 int CommandsAction(const Invocation& invocation, Output& output) {
@@ -89,7 +89,7 @@ int CommandsAction(const Invocation& invocation, Output& output) {
     ShowShapes(report, command);
   }
   report.Json().Close(']');
-  return report.Finish(client::Result());
+  return report.Finish(DoneHere());
 }
 
 int HelpAction(const Invocation& invocation, Output& output) {

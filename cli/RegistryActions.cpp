@@ -86,7 +86,7 @@ void ShowValue(Report& report, std::uint32_t index, const client::Result& result
     report.Line(ValueName(entry.name) + " = " + Quoted(entry.data) + "  (" +
                 ByteCount(entry.dataLength) + ")");
   } else {
-    report.Line("value " + std::to_string(index) + " does not fit a reply (" +
+    report.Note("value " + std::to_string(index) + " does not fit a reply (" +
                 CodeAndName(result.code(), result.name()) + "): its data has " +
                 ByteCount(entry.dataLength));
   }
@@ -102,7 +102,7 @@ void ShowKey(Report& report, std::uint32_t index, const client::Result& result,
   } else if (result.ok()) {
     report.Line(Printable(Utf8FromAnsi(entry.name)));
   } else {
-    report.Line("key " + std::to_string(index) + " does not fit a reply (" +
+    report.Note("key " + std::to_string(index) + " does not fit a reply (" +
                 CodeAndName(result.code(), result.name()) + ")");
   }
 }
@@ -161,7 +161,7 @@ int RegGetAction(const Invocation& invocation, Output& output) {
   const auto client = MakeClient(invocation);
   client::RegistryData data;
   const client::Result result = client->Reg_GetValue(ansi[0].c_str(), ansi[1].c_str(), data);
-  if (report.IsJson() && result.fromServer()) {
+  if (report.IsJson() && result.ok()) {
     AddText(report.Json(), data.text);
     report.Json().Name("length").Number(data.length);
   }

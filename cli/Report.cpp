@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "cli/TextEncoding.h"
+#include "client/PipeTransport.h"
 
 namespace cli {
 namespace {
@@ -21,6 +22,25 @@ const char* OriginName(client::Origin origin) {
       return "receive";
   }
   return "";
+}
+
+// What to do about a server that was not reached or did not answer; empty for every other ending.
+std::string TransportHint(const Invocation& invocation, const Ending& ending) {
+  if (ending.origin == "connect" && ending.code == client::kPipeNotFound) {
+    return invocation.pipe.empty()
+               ? "'qorlixctl start', in an elevated prompt, starts it"
+               : "'qorlixctl start' starts a server, whose pipe is asked without --pipe";
+  }
+  if (ending.origin != "send" && ending.origin != "receive") return {};
+  const std::string command = invocation.subcommand->name;
+  if (client::IsPipeBroken(ending.code)) {
+    return std::string("the server may have ended; ") +
+           (command == "ping" ? "" : "'qorlixctl ping' tells; ") + "'qorlixctl start' starts it";
+  }
+  if (ending.origin != "receive" || ending.code != client::kTimedOut) return {};
+  return "the server may be busy with another request; it carries " +
+         std::string(command == "stop" ? "the stop" : "this one") +
+         " out when its turn comes, and --timeout waits longer for that";
 }
 
 bool IsControl(char32_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }
@@ -70,6 +90,12 @@ Ending EndingOf(const client::Result& result) {
   return ending;
 }
 
+Ending DoneHere() {
+  Ending ending = EndingOf(client::Result());
+  ending.origin = "program";
+  return ending;
+}
+
 void AddEnding(JsonWriter& json, const Ending& ending) {
   json.Name("code").Number(ending.code).Name("name").Text(ending.name);
   json.Name("text").Text(ending.text).Name("origin").Text(ending.origin);
@@ -84,7 +110,12 @@ void Report::Line(const std::string& line) {
   if (!IsJson()) output_.out += line + '\n';
 }
 
-int Report::Finish(const Ending& ending, const std::string& hint) {
+void Report::Note(const std::string& line) {
+  if (!IsJson()) output_.err += line + '\n';
+}
+
+int Report::Finish(const Ending& ending, const std::string& ownHint) {
+  const std::string hint = ownHint.empty() ? TransportHint(invocation_, ending) : ownHint;
   if (IsJson()) {
     json_.Name("ok").Bool(ending.ok).Name("result").Open('{');
     AddEnding(json_, ending);
@@ -95,7 +126,10 @@ int Report::Finish(const Ending& ending, const std::string& hint) {
     return ending.exitCode;
   }
   if (!ending.ok) {
-    const std::string code = CodeAndName(ending.code, ending.name.c_str());
+    // A failure with 0 is a process that did not tell its end.
+    const std::string code = ending.origin == "process" && ending.code == SRV_OK
+                                 ? "exit code 0"
+                                 : CodeAndName(ending.code, ending.name.c_str());
     output_.err += std::string("qorlixctl: ") + invocation_.subcommand->name + ": ";
     output_.err += ending.origin == "server" ? "the server answered " + code + ": " + ending.text
                                              : ending.text + " (" + code + ")";
@@ -111,10 +145,14 @@ int Report::Finish(const client::Result& result, const std::string& hint) {
 
 int UsageError(Output& output, const Invocation& invocation, const std::string& error) {
   output.err += "qorlixctl: " + Printable(error) + '\n';
-  output.err += invocation.subcommand == nullptr
-                    ? std::string("'qorlixctl --help' lists the commands.\n")
-                    : std::string("'qorlixctl ") + invocation.subcommand->name +
-                          " --help' explains the command.\n";
+  if (invocation.subcommand != nullptr) {
+    output.err += std::string("'qorlixctl ") + invocation.subcommand->name +
+                  " --help' explains the command.\n";
+  } else if (!invocation.group.empty()) {
+    output.err += "'qorlixctl help " + invocation.group + "' lists its commands.\n";
+  } else {
+    output.err += "'qorlixctl --help' lists the commands.\n";
+  }
   return kExitUsage;
 }
 

@@ -34,6 +34,9 @@ struct Ending {
 };
 Ending EndingOf(const client::Result& result);
 
+/// All went well, and no server had a part in it.
+Ending DoneHere();
+
 /// Adds the members of an ending to an open JSON object.
 void AddEnding(JsonWriter& json, const Ending& ending);
 
@@ -54,7 +57,14 @@ class Report {
   /// A line for people; not in JSON.
   void Line(const std::string& line);
 
-  /// Ends the report. \param hint what to do about it; may be empty. \returns the exit code.
+  /// A line for people beside the output, of something that is missing from it; not in JSON.
+  void Note(const std::string& line);
+
+  /// Ends the report.
+  ///
+  /// \param hint what to do about it. When it is empty and the server was not reached, or did not
+  ///   answer, there is one that says how to go on.
+  /// \returns the exit code.
   int Finish(const Ending& ending, const std::string& hint = {});
   int Finish(const client::Result& result, const std::string& hint = {});
 

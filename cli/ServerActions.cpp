@@ -87,8 +87,9 @@ int StayUntilItEnds(const Invocation& invocation, Output& output, client::Server
   ending.origin = "process";
   ending.exitCode = ending.ok ? kExitOk : kExitServer;
   Report report(invocation, output);
-  report.Line("the server ended with exit code " + CodeAndName(ending.code, "") + ": " +
-              ending.text);
+  // Of a server, 0 is no success.
+  const std::string code = ending.code == 0 ? "0" : CodeAndName(ending.code, "");
+  report.Line("the server ended with exit code " + code + ": " + ending.text);
   return report.Finish(ending);
 }
 

@@ -72,6 +72,14 @@ TEST_F(StartTest, AServerThatEndsOtherwiseThanByAStopIsAFailure) {
   EXPECT_NE(output_.out.find("0xC0000005"), std::string::npos);
 }
 
+TEST_F(StartTest, AServerThatSomebodyEndedHasNoSuccess) {
+  TheServerProcess().exitCode = 0;
+  EXPECT_EQ(Start({StartOutcome::Ready, 0, 42}, {"--stay"}), kExitServer);
+  EXPECT_NE(output_.out.find("the server ended with exit code 0: it did not end by itself"),
+            std::string::npos);
+  EXPECT_EQ(output_.err.find("success"), std::string::npos) << output_.err;
+}
+
 TEST_F(StartTest, StayingDoesNotWaitForAServerThatIsNotThere) {
   EXPECT_EQ(Start({StartOutcome::NotStarted, 2, 0}, {"--stay"}), kExitTransport);
   EXPECT_EQ(output_.out.find("ended"), std::string::npos);

@@ -5,6 +5,8 @@
 #include "cli/ActionHelp.h"
 #include "cli/Actions.h"
 #include "cli/BoardHelp.h"
+#include "cli/DecodeHelp.h"
+#include "cli/DoctorHelp.h"
 #include "cli/TraceHelp.h"
 
 namespace cli {
@@ -29,6 +31,9 @@ constexpr char kStart[] =
     "server\n"
     "is running already, 1 that its pipe could not be created, others are codes of Windows. One\n"
     "that is not ready in time is left running.\n"
+    "\n"
+    "Ready means that the pipe exists. Before it serves anybody the server still looks after the\n"
+    "configuration and starts looking for hardware; the first request waits for that.\n"
     "\n"
     "Examples:\n"
     "  qorlixctl start\n"
@@ -166,13 +171,16 @@ constexpr char kTraceReport[] =
     "long requests took, and the lines themselves with a filter. The page needs a browser and\n"
     "nothing else; it fetches nothing, so it can be sent on as it is. It holds everything that "
     "the\n"
-    "trace holds: look at that before you do. The two files of a pair are put in order.\n"
+    "trace holds: look at that before you do. Without a FILE the place comes from the\n"
+    "configuration: the pair of files, or the ring. The two files of a pair are put in order.\n"
     "\n"
     "  -o OUT         the page to write; replaces an earlier report, but no other file\n"
     "  --title TEXT   the heading, if it is not to be the name of the first file\n"
+    "  --ring         read the ring in shared memory, whatever the configuration says\n"
     "  --force        replace OUT whatever it is, unless it is one of the traces\n"
     "\n"
-    "Example:\n"
+    "Examples:\n"
+    "  qorlixctl trace report -o report.html\n"
     "  qorlixctl trace report C:\\TMP\\ZqFILE1.TRC C:\\TMP\\ZqFILE2.TRC -o report.html\n";
 
 constexpr char kCodes[] =
@@ -249,6 +257,10 @@ constexpr Subcommand kSubcommands[] = {
      IpDeleteAction},
     {"test", "TEXT", 1, 1, 0, "Have the server show a text on its desktop", kTest, TestAction},
     {"raw", "HEX...", 1, kNoLimit, 0, "Send any request and explain the reply", kRaw, RawAction},
+    {"decode", "HEX...", 1, kNoLimit, kTakesDecode,
+     "Explain a request or a reply, without a server", kDecode, DecodeAction},
+    {"doctor", "", 0, 0, 0, "Look for what is wrong with this computer's set-up", kDoctor,
+     DoctorAction},
     {"trace show", "", 0, 0, 0, "Show the trace configuration and what it does", kTraceShow,
      TraceShowAction},
     {"trace set", "NAME VALUE", 2, 2, 0, "Write a value of the trace configuration", kTraceSet,
@@ -261,7 +273,7 @@ constexpr Subcommand kSubcommands[] = {
      kTraceDump, TraceDumpAction},
     {"trace stats", "[FILE...]", 0, kNoLimit, kTakesLines, "Count a trace by function", kTraceStats,
      TraceStatsAction},
-    {"trace report", "FILE...", 1, kNoLimit, kTakesReport, "Make an HTML page of trace files",
+    {"trace report", "[FILE...]", 0, kNoLimit, kTakesReport, "Make an HTML page of trace files",
      kTraceReport, TraceReportAction},
     {"codes", "", 0, 0, 0, "List the result codes", kCodes, CodesAction},
     {"commands", "", 0, 0, 0, "List the server's commands", kCommands, CommandsAction},

@@ -49,11 +49,12 @@ enum OptionBit : unsigned {
   kTakesLines = 4,   ///< --level, --function, --text, --since and --ring
   kTakesColor = 8,
   kTakesFor = 16,
-  kTakesReport = 32,  ///< -o, --title and --force
+  kTakesReport = 32,  ///< -o, --title, --force and --ring
   kTakesLanguage = 64,
   kTakesBoard = 128,
   kTakesMode = 256,
-  kTakesEvent = 512,  ///< --event, --wait and --fetch
+  kTakesEvent = 512,    ///< --event, --wait and --fetch
+  kTakesDecode = 4096,  ///< --command and --reply
 };
 
 /// The options of the trace commands, as they were typed; empty when they were not.
@@ -78,6 +79,12 @@ struct ActionOptions {
   bool hasMode = false;
 };
 
+/// The options of `decode`.
+struct DecodeOptions {
+  std::string command;  ///< a name or a code; empty when it was not given
+  bool reply = false;
+};
+
 /// A command line, taken apart. Texts are UTF-8.
 struct Invocation {
   const Subcommand* subcommand = nullptr;
@@ -97,6 +104,7 @@ struct Invocation {
   std::uint32_t base = 0;
   TraceOptions trace;
   ActionOptions action;
+  DecodeOptions decode;
 };
 
 std::span<const Subcommand> Subcommands();

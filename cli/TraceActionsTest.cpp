@@ -84,7 +84,7 @@ TEST_F(TraceActionsTest, LinesOfOtherLayoutsAndOfNoneAreAllShown) {
             "-- all      SRV 0 0000   Install                  text\n"
             "12345.678901 FM progress SRV          Install                  text\n"
             "E complaint\n"
-            "what is this\n");
+            "what is this  [torn]\n");
 }
 
 TEST_F(TraceActionsTest, ControlCharactersDoNotReachTheTerminal) {
@@ -143,8 +143,9 @@ TEST_F(TraceActionsTest, AnAnswerInJsonHoldsEveryColumn) {
 TEST_F(TraceActionsTest, StatsCountAndTimeTheFunctions) {
   const std::string file = File("A.TRC", std::string(kStart) + kRead + kEnd);
   EXPECT_EQ(Run({"trace", "stats", file}), kExitOk);
-  EXPECT_THAT(output_.out, HasSubstr("Reg_SetValue                     2         1         1    "
-                                     "10.000    10.000    10.000    10.000\n"));
+  EXPECT_THAT(output_.out,
+              HasSubstr("Reg_SetValue                     2         1         1         0    "
+                        "10.000    10.000    10.000    10.000\n"));
   EXPECT_THAT(output_.out, HasSubstr("\n3 lines\n"));
 }
 
@@ -162,6 +163,70 @@ TEST_F(TraceActionsTest, WhatIsAskedForWronglyIsSaidAndNothingElse) {
   EXPECT_THAT(output_.err, HasSubstr("exclude each other"));
   EXPECT_EQ(Run({"trace", "follow", file, file}), kExitUsage);
   EXPECT_EQ(output_.out, "");
+}
+
+TEST_F(TraceActionsTest, WhatIsOddAboutATraceIsNotedBesideItsLines) {
+  const std::string file = File("A.TRC", std::string(kStart) + kStart);
+  EXPECT_EQ(Run({"trace", "dump", file, "--function", "Nothing"}), kExitOk);
+  EXPECT_EQ(output_.out, "");
+  EXPECT_EQ(output_.err, "note: 0 of 2 lines pass\n");
+  EXPECT_EQ(Run({"trace", "stats", file, "--level", "error"}), kExitOk);
+  EXPECT_THAT(output_.err, HasSubstr("note: every line is of all levels (--)"));
+  EXPECT_EQ(Run({"trace", "dump", file, "--level", "error", "--json"}), kExitOk);
+  ExpectJson();
+  EXPECT_THAT(output_.out, HasSubstr("\"notes\":[\"every line is of all levels"));
+  EXPECT_EQ(Run({"trace", "dump", file}), kExitOk);
+  EXPECT_EQ(output_.err, "");
+  EXPECT_EQ(Run({"trace", "dump", File("Empty.TRC", "")}), kExitOk);
+  EXPECT_THAT(output_.err, HasSubstr("the trace has no lines"));
+}
+
+TEST_F(TraceActionsTest, WhatIsNoTraceIsCalledSoAndItsNamesStayReadable) {
+  const std::string file = File(
+      "A.TRC", "<html>\n<body class=x>\n" + std::string(400, '\x01') + " x \nplain\n</body>\n");
+  EXPECT_EQ(Run({"trace", "stats", file}), kExitOk);
+  EXPECT_THAT(output_.err, HasSubstr("A.TRC does not look like a trace"));
+  EXPECT_THAT(output_.out, Not(HasSubstr("\x01")));
+  EXPECT_THAT(output_.out, Not(HasSubstr(std::string(80, '1'))));
+  for (std::size_t at = 0; at < output_.out.size();) {
+    const std::size_t end = output_.out.find('\n', at);
+    EXPECT_LT(end - at, 170u);
+    at = end + 1;
+  }
+}
+
+TEST_F(TraceActionsTest, PartsOfLinesAreMarked) {
+  const std::string file =
+      File("A.TRC", std::string(kStart).substr(20) + kStart + std::string(kEnd).substr(0, 40));
+  EXPECT_EQ(Run({"trace", "dump", file}), kExitOk);
+  EXPECT_THAT(output_.out, HasSubstr(">> Start  [torn]\n20:21"));
+  EXPECT_TRUE(output_.out.ends_with("  [torn]\n"));
+  EXPECT_EQ(Run({"trace", "dump", file, "--json"}), kExitOk);
+  ExpectJson();
+  EXPECT_THAT(output_.out, HasSubstr("\"torn\":true"));
+}
+
+TEST_F(TraceActionsTest, WhoFollowsIsToldWhatIsAwaitedAndWhetherItCanCome) {
+  const std::string file = File("A1.TRC", kStart);
+  EXPECT_EQ(Run({"trace", "follow", file, "--for", "0.01"}), kExitOk);
+  EXPECT_THAT(output_.err, HasSubstr("note: waiting for lines of " + file + " and "));
+  EXPECT_THAT(output_.err, Not(HasSubstr("trace show")));
+  EXPECT_EQ(Run({"trace", "follow", Path("B1.TRC"), "--for", "0.01"}), kExitOk);
+  EXPECT_THAT(output_.err, HasSubstr("there is no such file yet"));
+  EXPECT_THAT(output_.err, HasSubstr("'qorlixctl trace show'"));
+  EXPECT_EQ(Run({"trace", "follow", Path("none/B1.TRC"), "--for", "0.01"}), kExitOk);
+  EXPECT_THAT(output_.err, HasSubstr("does not exist, so nothing can come"));
+}
+
+TEST_F(TraceActionsTest, SetPathWarnsAtOnceOfAFolderThatIsMissing) {
+  for (const bool missing : {true, false}) {
+    server_.Answers({"0400 00000000"});
+    server_.Answers({"0400 00000000"});
+    EXPECT_EQ(Run({"trace", "set", "Path", missing ? Path("none") : folder_.string()}), kExitOk);
+    EXPECT_EQ(output_.out.find("does not exist, and nobody creates it") != std::string::npos,
+              missing)
+        << output_.out;
+  }
 }
 
 TEST_F(TraceActionsTest, FollowWithSinceBeginsWithWhatIsThere) {

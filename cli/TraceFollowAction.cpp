@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <optional>
@@ -5,7 +6,9 @@
 
 #include "cli/Actions.h"
 #include "cli/Report.h"
+#include "cli/TextEncoding.h"
 #include "cli/TraceView.h"
+#include "traceview/FileAccess.h"
 #include "traceview/RingView.h"
 #include "traceview/TraceAccess.h"
 #include "traceview/TraceFiles.h"
@@ -91,6 +94,34 @@ class Follower {
   LinePrinter printer_;
 };
 
+// Somebody who waits wants to know for what, and whether it can come at all.
+void TellWhatIsAwaited(const Invocation& invocation, const TraceRequest& request, Output& output) {
+  if (invocation.json) return;
+  const auto tell = [&](const std::string& text) {
+    output.err += "note: " + Printable(Utf8FromAnsi(text)) + '\n';
+  };
+  if (request.ring) {
+    tell("waiting for lines of the ring in shared memory; Ctrl-C ends it");
+    return;
+  }
+  const std::vector<std::string> pair = traceview::PairOf(request.files[0]);
+  tell("waiting for lines of " + pair[0] + (pair.size() == 2 ? " and " + pair[1] : "") +
+       "; Ctrl-C ends it");
+  const bool some = std::any_of(pair.begin(), pair.end(), [](const std::string& path) {
+    return traceview::StateOf(path).exists;
+  });
+  if (some) return;
+  const std::string folder = pair[0].substr(0, pair[0].find_last_of("\\/") + 1);
+  if (!folder.empty() && !traceview::FolderExists(folder)) {
+    tell("the folder " + folder +
+         " does not exist, so nothing can come: create it; 'qorlixctl trace show' tells the rest");
+  } else {
+    tell(
+        "there is no such file yet; nothing comes until a process that traces writes it: "
+        "'qorlixctl trace show' tells what is missing");
+  }
+}
+
 std::string FollowFiles(Follower& follower, const TraceRequest& request) {
   traceview::FileFollower files(traceview::PairOf(request.files[0]));
   if (!request.since.has_value()) files.SkipToEnd();
@@ -138,12 +169,13 @@ int TraceFollowAction(const Invocation& invocation, Output& output) {
   TraceRequest request;
   const std::string wrong = ReadTraceRequest(invocation, request);
   if (!wrong.empty()) return UsageError(output, invocation, wrong);
+  TellWhatIsAwaited(invocation, request, output);
   Follower follower(invocation, output, request);
   const std::string why =
       request.ring ? FollowRing(follower, request) : FollowFiles(follower, request);
   if (why.empty()) return kExitOk;
   Report report(invocation, output);
-  return report.Finish(NotThere(why));
+  return FinishNotThere(report, request, why);
 }
 
 }  // namespace cli

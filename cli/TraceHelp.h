@@ -6,7 +6,10 @@ namespace cli {
 
 inline constexpr char kTraceGroup[] =
     "The trace commands set the trace facility up and read what it wrote. It is configured by the\n"
-    "key SOFTWARE\\Vesmark\\NORVA\\TrcParams below HKEY_LOCAL_MACHINE. To switch it on:\n"
+    "key SOFTWARE\\Vesmark\\NORVA\\TrcParams below HKEY_LOCAL_MACHINE. To switch it on,\n"
+    "with a folder that exists, because nobody creates it:\n"
+    "  mkdir C:\\Tracing\n"
+    "  qorlixctl trace set Path C:\\Tracing\n"
     "  qorlixctl trace set Level all\n"
     "  qorlixctl trace set zqserver_level all\n"
     "  qorlixctl trace refresh\n"
@@ -88,9 +91,10 @@ inline constexpr char kTraceFollow[] =
     "  qorlixctl trace follow --ring --function \"Reg_*\" --for 60\n";
 
 inline constexpr char kTraceStats[] =
-    "Counts the lines of a trace by function: lines, calls (lines that open with >>), errors "
+    "Counts the lines of a trace by function: lines, calls (the first >> of each), errors "
     "(lines\n"
-    "that tell of an exception, a failure or a result that is not 0), and the time from the first "
+    "that tell of an exception or a failure), results (lines with another result than 0 that is\n"
+    "none of them), and the time from the first "
     "to\n"
     "the last line of a call, in milliseconds: shortest, mean, longest, and p99, which 99 of 100\n"
     "calls stayed within. A trace has times with Format LONG (to the millisecond) and TIME.\n"

@@ -30,12 +30,18 @@ std::string StatsLine(const std::string& name, const std::vector<std::string>& c
 }
 
 std::string NameOf(const traceview::FunctionStats& stats) {
-  return stats.name.empty() ? "(no function)" : Printable(Utf8FromAnsi(stats.name));
+  if (stats.name.empty()) return "(no function)";
+  // What is no trace may have any length of name.
+  constexpr std::size_t kLongest = 64;
+  const std::string name = Printable(Utf8FromAnsi(stats.name));
+  std::size_t end = 0;
+  for (std::size_t i = 0; i < kLongest && end < name.size(); ++i) (void)NextCharacter(name, end);
+  return end < name.size() ? name.substr(0, end) + "..." : name;
 }
 
 void ShowStats(Report& report, const traceview::FunctionStats& stats) {
   std::vector<std::string> columns = {std::to_string(stats.lines), std::to_string(stats.calls),
-                                      std::to_string(stats.errors)};
+                                      std::to_string(stats.errors), std::to_string(stats.notices)};
   for (const std::int64_t time : {stats.shortest, stats.mean, stats.longest, stats.p99}) {
     columns.push_back(stats.timed != 0 ? Milliseconds(time) : "-");
   }
@@ -45,7 +51,8 @@ void ShowStats(Report& report, const traceview::FunctionStats& stats) {
 void AddStats(JsonWriter& json, const traceview::FunctionStats& stats) {
   json.Open('{').Name("function").Text(Utf8FromAnsi(stats.name));
   json.Name("lines").Number(stats.lines).Name("calls").Number(stats.calls);
-  json.Name("errors").Number(stats.errors).Name("timed").Number(stats.timed);
+  json.Name("errors").Number(stats.errors).Name("results").Number(stats.notices);
+  json.Name("timed").Number(stats.timed);
   if (stats.timed != 0) {
     const auto add = [&json](const char* name, std::int64_t microseconds) {
       json.Name(name).Thousandths(static_cast<std::uint64_t>(microseconds));
@@ -65,9 +72,11 @@ int TraceDumpAction(const Invocation& invocation, Output& output) {
   const std::string wrong = ReadTraceRequest(invocation, request);
   if (!wrong.empty()) return UsageError(output, invocation, wrong);
   Report report(invocation, output);
-  std::vector<traceview::TraceLine> lines;
-  const std::string why = ReadTrace(request, lines);
-  if (!why.empty()) return report.Finish(NotThere(Printable(why)));
+  TraceReading reading;
+  const std::string why = ReadTrace(request, reading);
+  if (!why.empty()) return FinishNotThere(report, request, why);
+  const std::vector<traceview::TraceLine>& lines = reading.lines;
+  ShowNotes(report, output, reading.notes);
 
   const LinePrinter printer(invocation, output);
   if (report.IsJson()) report.Json().Name("lines").Open('[');
@@ -80,7 +89,7 @@ int TraceDumpAction(const Invocation& invocation, Output& output) {
     if (output.out.size() > kPiece) output.Write();
   }
   if (report.IsJson()) report.Json().Close(']');
-  return report.Finish(client::Result());
+  return report.Finish(DoneHere());
 }
 
 int TraceStatsAction(const Invocation& invocation, Output& output) {
@@ -88,12 +97,14 @@ int TraceStatsAction(const Invocation& invocation, Output& output) {
   const std::string wrong = ReadTraceRequest(invocation, request);
   if (!wrong.empty()) return UsageError(output, invocation, wrong);
   Report report(invocation, output);
-  std::vector<traceview::TraceLine> lines;
-  const std::string why = ReadTrace(request, lines);
-  if (!why.empty()) return report.Finish(NotThere(Printable(why)));
+  TraceReading reading;
+  const std::string why = ReadTrace(request, reading);
+  if (!why.empty()) return FinishNotThere(report, request, why);
+  const std::vector<traceview::TraceLine>& lines = reading.lines;
+  ShowNotes(report, output, reading.notes);
 
-  report.Line(
-      StatsLine("function", {"lines", "calls", "errors", "min ms", "mean ms", "max ms", "p99 ms"}));
+  report.Line(StatsLine("function", {"lines", "calls", "errors", "results", "min ms", "mean ms",
+                                     "max ms", "p99 ms"}));
   if (report.IsJson()) report.Json().Name("functions").Open('[');
   for (const traceview::FunctionStats& stats : traceview::StatsOf(lines)) {
     ShowStats(report, stats);
@@ -101,7 +112,7 @@ int TraceStatsAction(const Invocation& invocation, Output& output) {
   }
   if (report.IsJson()) report.Json().Close(']').Name("lines").Number(lines.size());
   report.Line(std::to_string(lines.size()) + (lines.size() == 1 ? " line" : " lines"));
-  return report.Finish(client::Result());
+  return report.Finish(DoneHere());
 }
 
 }  // namespace cli

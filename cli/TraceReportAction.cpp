@@ -8,6 +8,8 @@
 #include "cli/Report.h"
 #include "cli/TextEncoding.h"
 #include "cli/TraceView.h"
+#include "traceview/FileAccess.h"
+#include "traceview/TraceFiles.h"
 #include "traceview/TraceReport.h"
 
 namespace cli {
@@ -34,14 +36,6 @@ Ending NotWritten(const std::string& text) {
   return ending;
 }
 
-Ending Success() {
-  Ending ending;
-  ending.ok = true;
-  ending.text = "done";
-  ending.origin = "program";
-  return ending;
-}
-
 bool IsReport(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   std::string head(traceview::kReportHeadSize, '\0');
@@ -60,19 +54,25 @@ bool IsOneOf(const fs::path& path, const std::vector<std::string>& others) {
 
 // Why the report may not be written there; an empty text if it may. An earlier report is replaced,
 // and anything else only when that is asked for: a slip of the keyboard must not cost a trace.
-std::string Objection(const Invocation& invocation, const fs::path& path) {
+std::string Objection(const Invocation& invocation, const fs::path& path,
+                      const std::vector<std::string>& traces) {
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (!fs::exists(status)) return {};
   const std::string& shown = invocation.output;
   if (!fs::is_regular_file(status)) return shown + " is not a file";
-  if (IsOneOf(path, invocation.arguments)) return shown + " is one of the traces itself";
+  if (IsOneOf(path, traces)) return shown + " is one of the traces itself";
   if (invocation.force || IsReport(path)) return {};
   return shown + " exists and is not a report; --force replaces it";
 }
 
 // Goes to a file beside the target first, so that an earlier report stays whole if it fails.
 std::string WritePage(const Invocation& invocation, const fs::path& path, const std::string& page) {
+  const fs::path folder = path.parent_path();
+  std::error_code unknown;
+  if (!folder.empty() && !fs::is_directory(folder, unknown)) {
+    return "the folder of " + Printable(invocation.output) + " does not exist";
+  }
   fs::path beside = path;
   beside += ".part";
   std::ofstream file(beside, std::ios::binary | std::ios::trunc);
@@ -87,16 +87,16 @@ std::string WritePage(const Invocation& invocation, const fs::path& path, const 
   return Printable(invocation.output) + " cannot be written";
 }
 
-bool ReadAll(const std::vector<std::string>& names, std::vector<traceview::TraceLine>& lines,
-             std::string& error) {
-  std::vector<std::string> paths;
-  for (const std::string& name : names) {
-    if (!AnsiFromUtf8(name, paths.emplace_back())) {
-      error = name + " has characters that the code page of the system lacks";
-      return false;
+// The files that are read, in UTF-8.
+std::vector<std::string> FilesOf(const TraceRequest& request) {
+  std::vector<std::string> files;
+  for (const std::string& file : request.files) {
+    for (const std::string& one :
+         request.withTwin ? traceview::PairOf(file) : std::vector<std::string>{file}) {
+      if (traceview::StateOf(one).exists) files.push_back(Utf8FromAnsi(one));
     }
   }
-  return traceview::ReadTraceFiles(paths, /*withTwin=*/false, lines, error);
+  return files;
 }
 
 std::string Count(std::size_t count, const char* what) {
@@ -115,20 +115,27 @@ int TraceReportAction(const Invocation& invocation, Output& output) {
   if (invocation.output.empty()) {
     return UsageError(output, invocation, "trace report needs -o and the file to write");
   }
+  TraceRequest request;
+  const std::string wrong = ReadTraceRequest(invocation, request);
+  if (!wrong.empty()) return UsageError(output, invocation, wrong);
   const fs::path path = PathOf(invocation.output);
-  const std::string objection = Objection(invocation, path);
+  const std::vector<std::string> files = FilesOf(request);
+  const std::string objection = Objection(invocation, path, files);
   if (!objection.empty()) return UsageError(output, invocation, objection);
 
   Report report(invocation, output);
-  std::vector<traceview::TraceLine> lines;
-  std::string error;
-  if (!ReadAll(invocation.arguments, lines, error)) return report.Finish(NotThere(error));
+  TraceReading reading;
+  std::string error = ReadTrace(request, reading);
+  if (!error.empty()) return FinishNotThere(report, request, error);
+  ShowNotes(report, output, reading.notes);
 
   std::vector<std::string> names;
-  for (const std::string& argument : invocation.arguments) names.push_back(NameOf(argument));
+  names.reserve(files.size() + 1);
+  for (const std::string& file : files) names.push_back(NameOf(file));
+  if (request.ring) names.emplace_back("the ring in shared memory");
   traceview::ReportFigures figures;
   const std::string page =
-      traceview::BuildTraceReport({lines, names, invocation.title, Utf8FromAnsi}, &figures);
+      traceview::BuildTraceReport({reading.lines, names, invocation.title, Utf8FromAnsi}, &figures);
   error = WritePage(invocation, path, page);
   if (!error.empty()) return report.Finish(NotWritten(error));
 
@@ -141,7 +148,7 @@ int TraceReportAction(const Invocation& invocation, Output& output) {
   report.Line(Printable(invocation.output) + ": " + Size(page.size()) + ", " +
               Count(figures.lines, "line") + ", " + Count(figures.requests, "request") + ", " +
               Count(figures.errors, "error"));
-  return report.Finish(Success());
+  return report.Finish(DoneHere());
 }
 
 }  // namespace cli

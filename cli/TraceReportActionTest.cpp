@@ -98,8 +98,14 @@ TEST_F(TraceReportActionTest, AFolderIsNoPlaceForAReport) {
 TEST_F(TraceReportActionTest, APlaceThatCannotBeWrittenIsToldAndLeavesNothing) {
   EXPECT_EQ(Run({"trace", "report", At("ZqFILE1.TRC"), "-o", At("missing/r.html")}),
             kExitTransport);
-  EXPECT_THAT(output_.err, HasSubstr("r.html cannot be written"));
+  EXPECT_THAT(output_.err, HasSubstr("the folder of "));
   EXPECT_FALSE(fs::exists(At("missing")));
+}
+
+TEST_F(TraceReportActionTest, OfAPairOneFileIsEnough) {
+  EXPECT_EQ(Make({At("ZqFILE2.TRC")}), kExitOk);
+  EXPECT_THAT(output_.out, HasSubstr("2 lines"));
+  EXPECT_THAT(output_.err, HasSubstr("ZqFILE2.TRC; its twin is read alone"));
 }
 
 TEST_F(TraceReportActionTest, AMissingTraceIsToldAndNoPageIsWritten) {

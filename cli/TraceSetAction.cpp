@@ -2,6 +2,8 @@
 #include "cli/Connection.h"
 #include "cli/Report.h"
 #include "cli/TextEncoding.h"
+#include "cli/TraceView.h"
+#include "traceview/FileAccess.h"
 #include "traceview/TraceAccess.h"
 #include "traceview/TraceSettings.h"
 
@@ -47,6 +49,19 @@ std::string WhatIsMissing(const Setting& setting) {
   return {};
 }
 
+// What a folder that nobody creates costs; for the values that lead to it.
+std::string FolderWarning(const Setting& setting, const std::string& text) {
+  const std::string name(setting.name);
+  if (name == "Path") {
+    if (traceview::FolderExists(text)) return {};
+    return "the folder " + text +
+           " does not exist, and nobody creates it: lines for it are dropped";
+  }
+  if (name != "FileName" && name != "Output" && name != "Level") return {};
+  const zqotrc::TraceConfig config = traceview::ReadConfiguration().config;
+  return config.level != 0 ? MissingFolder(config) : std::string();
+}
+
 client::Result Write(client::QorlixClient& client, const std::string& name,
                      const std::string& text) {
   const client::Result created = client.Reg_CreateKey(traceview::kTraceKey);
@@ -85,6 +100,8 @@ int TraceSetAction(const Invocation& invocation, Output& output) {
 
   const std::string missing = WhatIsMissing(*setting);
   if (!missing.empty()) checked.warnings.push_back(missing);
+  const std::string folder = FolderWarning(*setting, checked.text);
+  if (!folder.empty()) checked.warnings.push_back(folder);
   if (report.IsJson()) report.Json().Name("warnings").Open('[');
   for (const std::string& warning : checked.warnings) {
     if (report.IsJson()) report.Json().Text(Utf8FromAnsi(warning));

@@ -1,7 +1,10 @@
 #include "cli/Actions.h"
 #include "cli/Report.h"
 #include "cli/TextEncoding.h"
+#include "cli/TraceView.h"
 #include "traceview/FileAccess.h"
+#include "traceview/RingView.h"
+#include "traceview/TraceAccess.h"
 #include "traceview/TraceSettings.h"
 
 namespace cli {
@@ -16,9 +19,15 @@ std::string Padded(std::string text, std::size_t width) {
   return text;
 }
 
-std::string StateOf(const StoredSetting& stored) {
+std::string StateOf(const StoredSetting& stored, const Configuration& configuration,
+                    const Setting& setting) {
   if (!stored.isThere) return "default";
-  return stored.counts ? "set to " + Quoted(stored.text) : "there, but ignored";
+  if (!stored.counts) return "there, but ignored";
+  std::string text = "set to " + Quoted(stored.text);
+  if (traceview::IsRead(configuration.config, setting)) return text;
+  if (setting.name == traceview::kServerMask) return text;
+  return text + ", but not read with Output " +
+         std::string(traceview::OutputName(configuration.config.output));
 }
 
 void ShowSettings(Report& report, const Configuration& configuration) {
@@ -38,8 +47,8 @@ void ShowSettings(Report& report, const Configuration& configuration) {
       continue;
     }
     report.Line("  " + Padded(std::string(setting.name), 15) +
-                Padded(Printable(Utf8FromAnsi(inForce)), 12) + "  " + StateOf(stored) + "; " +
-                std::string(setting.meaning));
+                Padded(Printable(Utf8FromAnsi(inForce)), 12) + "  " +
+                StateOf(stored, configuration, setting) + "; " + std::string(setting.meaning));
   }
   if (report.IsJson()) report.Json().Close(']');
 }
@@ -90,20 +99,39 @@ void ShowFiles(Report& report, const std::string& prefix) {
   if (report.IsJson()) report.Json().Close(']');
 }
 
-// Nobody makes the folder of the files, and nobody is told that it is missing.
-std::string MissingFolder(const zqotrc::TraceConfig& config) {
-  const std::string prefix = config.filePrefix;
-  const std::size_t end = prefix.find_last_of("\\/");
-  if (config.output != zqotrc::TraceOutput::kFile || end == std::string::npos) return {};
-  const std::string folder = prefix.substr(0, end + 1);
-  if (traceview::FolderExists(folder)) return {};
-  return "the folder " + folder + " does not exist, so every line is dropped: create it";
+void ShowRing(Report& report, const zqotrc::TraceConfig& config) {
+  traceview::SharedRing ring;
+  traceview::RingContent content;
+  std::string problem;
+  const std::uint32_t code = ring.Attach();
+  const bool there = code == 0 && traceview::ReadRing(ring.mapped(), content, problem);
+  if (report.IsJson()) {
+    report.Json().Name("ring").Open('{').Name("exists").Bool(code == 0);
+    if (there) report.Json().Name("bytes").Number(content.state.size);
+    report.Json().Close('}');
+  }
+  if (!there) {
+    report.Line("  " + (code != 0 ? NoRing(code) : problem));
+    return;
+  }
+  report.Line("  the ring exists and has " + ByteCount(content.state.size));
+  if (content.state.size != config.ringSize) {
+    report.Line("note: sm_size is " + std::to_string(config.ringSize) +
+                ", but takes effect only when no process has the ring any more");
+  }
 }
+
+// Every program that traces has a mask of its own, whose name only the program knows.
+bool IsOtherMask(std::string_view name) { return name.ends_with("_level"); }
 
 void ShowPitfalls(Report& report, const Configuration& configuration) {
   std::vector<std::string> pitfalls = traceview::Pitfalls(configuration);
   const std::string folder = MissingFolder(configuration.config);
   if (!folder.empty()) pitfalls.push_back(folder);
+  for (const std::string& name : traceview::TraceValueNames()) {
+    if (traceview::FindSetting(name) != nullptr || IsOtherMask(name)) continue;
+    pitfalls.push_back("there is a value \"" + name + "\", which nobody reads: is it misspelt?");
+  }
   if (report.IsJson()) report.Json().Name("pitfalls").Open('[');
   for (const std::string& pitfall : pitfalls) {
     if (report.IsJson()) report.Json().Text(Utf8FromAnsi(pitfall));
@@ -130,11 +158,14 @@ int TraceShowAction(const Invocation& invocation, Output& output) {
   if (configuration.config.output == zqotrc::TraceOutput::kFile) {
     ShowFiles(report, configuration.config.filePrefix);
   }
+  if (configuration.config.output == zqotrc::TraceOutput::kRing) {
+    ShowRing(report, configuration.config);
+  }
   ShowPitfalls(report, configuration);
   report.Line(
       "note: a process that runs holds what it read last; 'qorlixctl trace refresh' makes "
       "it read again");
-  return report.Finish(client::Result());
+  return report.Finish(DoneHere());
 }
 
 }  // namespace cli

@@ -73,6 +73,64 @@ TEST_F(TraceShowTest, EveryBitHasItsYesOrNoAndItsReason) {
   EXPECT_TRUE(Says("note: FctName INSTALL has to match a whole name"));
 }
 
+TEST_F(TraceShowTest, TextsThatAreTakenForSomethingElseAreNoted) {
+  FakeTrace::SetText("Level", "all");
+  FakeTrace::SetText("zqserver_level", "0x40zz");
+  FakeTrace::SetText("Consult", "often");
+  FakeTrace::SetText("Byte/File", "1MB");
+  FakeTrace::SetText("sm_size", "-3");
+  EXPECT_EQ(Run({"trace", "show"}), kExitOk);
+  EXPECT_TRUE(Says("note: Level \"all\" is no number and is read as 0x00000000"));
+  EXPECT_TRUE(Says("note: zqserver_level \"0x40zz\" is no number and is read as 0x00000040"));
+  EXPECT_TRUE(Says("note: Consult \"often\" is no number and is read as 0 seconds"));
+  EXPECT_TRUE(Says("note: Byte/File \"1MB\" is no number and is read as 1\n"));
+  EXPECT_TRUE(Says("note: sm_size \"-3\" is not above 0 and is ignored"));
+  EXPECT_TRUE(Says("set to \"-3\", but not read with Output FILE"));
+}
+
+TEST_F(TraceShowTest, WhatIsInOrderIsNotNoted) {
+  for (const char* const name : {"Level", "zqserver_level", "Consult", "Byte/File"}) {
+    FakeTrace::SetText(name, "64");
+  }
+  EXPECT_EQ(Run({"trace", "show"}), kExitOk);
+  EXPECT_THAT(output_.out, Not(HasSubstr("is no number")));
+  EXPECT_THAT(output_.out, Not(HasSubstr("but not read")));
+  EXPECT_THAT(output_.out, Not(HasSubstr("misspelt")));
+}
+
+TEST_F(TraceShowTest, ValuesThatNobodyReadsAreNamed) {
+  TheTraceAccess().valueNames = {"Level", "LEVEL", "Levl", "panel_level"};
+  EXPECT_EQ(Run({"trace", "show"}), kExitOk);
+  EXPECT_TRUE(Says("note: there is a value \"Levl\", which nobody reads"));
+  EXPECT_THAT(output_.out, Not(HasSubstr("\"LEVEL\"")));
+  EXPECT_THAT(output_.out, Not(HasSubstr("\"panel_level\"")));
+}
+
+TEST_F(TraceShowTest, FolderAndNameInForceAreShown) {
+  FakeTrace::SetText("Path", "D:\\Log");
+  EXPECT_EQ(Run({"trace", "show"}), kExitOk);
+  EXPECT_TRUE(Says("  Path           D:\\Log\\     "));
+  EXPECT_TRUE(Says("  FileName       ZqFile        default;"));
+}
+
+TEST_F(TraceShowTest, TheRingIsShownWithItsSizeAndWhenAnotherOneTakesEffect) {
+  FakeTrace::SetText("Output", "SM");
+  FakeTrace::SetText("sm_size", "5000");
+  EXPECT_EQ(Run({"trace", "show"}), kExitOk);
+  EXPECT_TRUE(Says("there is no ring"));
+  MakeRing(400);
+  EXPECT_EQ(Run({"trace", "show"}), kExitOk);
+  EXPECT_TRUE(Says("the ring exists and has 400 bytes"));
+  EXPECT_TRUE(Says("sm_size is 5000, but takes effect only when no process has the ring"));
+  MakeRing(5000);
+  EXPECT_EQ(Run({"trace", "show"}), kExitOk);
+  EXPECT_THAT(output_.out, Not(HasSubstr("but takes effect only")));
+  EXPECT_EQ(Run({"trace", "show", "--json"}), kExitOk);
+  EXPECT_TRUE(JsonCheck::IsValid(output_.out.substr(0, output_.out.size() - 1))) << output_.out;
+  EXPECT_TRUE(Says("\"ring\":{\"exists\":true,\"bytes\":5000}"));
+  EXPECT_TRUE(Says("\"origin\":\"program\""));
+}
+
 TEST_F(TraceShowTest, ANumericLevelIsShownAsIgnored) {
   FakeTrace::TheMachine().parameters["Level"] = {/*type=*/4, std::string("\x01\0\0\0", 4)};
   EXPECT_EQ(Run({"trace", "show"}), kExitOk);

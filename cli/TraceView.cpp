@@ -1,13 +1,14 @@
 #include "cli/TraceView.h"
 
-#include <cstdio>
+#include <algorithm>
 
 #include "cli/TextEncoding.h"
+#include "traceview/FileAccess.h"
+#include "traceview/LineVerdict.h"
 #include "traceview/RingView.h"
 #include "traceview/TraceAccess.h"
 #include "traceview/TraceFiles.h"
 #include "traceview/TraceSettings.h"
-#include "traceview/TraceStats.h"
 
 namespace cli {
 namespace {
@@ -72,6 +73,11 @@ std::string ReadPattern(const std::string& typed, std::string& pattern) {
   return {};
 }
 
+bool HaveAllLevels(const std::vector<TraceLine>& lines) {
+  return !lines.empty() && std::all_of(lines.begin(), lines.end(),
+                                       [](const TraceLine& line) { return line.level == "--"; });
+}
+
 // The place that the configuration names, for whoever names none.
 std::string ReadPlace(TraceRequest& request) {
   const zqotrc::TraceConfig& config = traceview::ReadConfiguration().config;
@@ -101,7 +107,8 @@ std::string LinePrinter::Text(const TraceLine& line) const {
   if (named) text += Padded(Shown(line.function), 24);
   text += Shown(line.text);
   while (text.ends_with(' ')) text.pop_back();
-  const bool failure = TellsFailure(line);
+  if (line.torn) text += "  [torn]";
+  const bool failure = traceview::MarkOf(line) == traceview::Mark::kError;
   if (colors_ && (failure || !named)) text = (failure ? kRed : kFaint) + text + kPlain;
   return text + '\n';
 }
@@ -128,6 +135,7 @@ void AddTraceLine(JsonWriter& json, const TraceLine& line) {
   add("file", line.file);
   if (line.layout == Layout::kLong) json.Name("line").Number(line.line);
   json.Name("function").Text(Utf8FromAnsi(line.function));
+  if (line.torn) json.Name("torn").Bool(true);
   json.Name("text").Text(Utf8FromAnsi(line.text)).Close('}');
 }
 
@@ -138,6 +146,7 @@ std::string ReadTraceRequest(const Invocation& invocation, TraceRequest& request
            "0x50, not '" +
            options.level + "'";
   }
+  request.filtersLevels = !options.level.empty();
   std::string error = ReadPattern(options.function, request.query.function);
   if (error.empty()) error = ReadPattern(options.text, request.query.text);
   if (!error.empty()) return error;
@@ -158,12 +167,15 @@ std::string DropOlder(const TraceRequest& request, std::vector<TraceLine>& lines
   if (!request.since.has_value() || lines.empty()) return {};
   const std::ptrdiff_t first =
       traceview::FirstSince(lines, *request.since, traceview::LocalTimeOfDay());
-  if (first < 0) return "these lines have no time of day, which --since needs (Format LONG)";
+  if (first < 0) {
+    return "these lines have no time of day, which --since needs: only Format LONG writes one";
+  }
   lines.erase(lines.begin(), lines.begin() + first);
   return {};
 }
 
-std::string ReadTrace(const TraceRequest& request, std::vector<TraceLine>& lines) {
+std::string ReadTrace(const TraceRequest& request, TraceReading& reading) {
+  std::vector<TraceLine>& lines = reading.lines;
   std::string error;
   if (request.ring) {
     traceview::SharedRing ring;
@@ -172,12 +184,55 @@ std::string ReadTrace(const TraceRequest& request, std::vector<TraceLine>& lines
     if (code != 0) return NoRing(code);
     if (!traceview::ReadRing(ring.mapped(), content, error)) return error;
     traceview::SplitLines(content.text, /*source=*/0, lines);
-  } else if (!traceview::ReadTraceFiles(request.files, request.withTwin, lines, error)) {
-    return Utf8FromAnsi(error);
+  } else {
+    std::vector<std::string> notes;
+    if (!traceview::ReadTraceFiles(request.files, request.withTwin, lines, error, &notes)) {
+      return Utf8FromAnsi(error);
+    }
+    for (const std::string& note : notes) reading.notes.push_back(Utf8FromAnsi(note));
+  }
+  const std::size_t all = lines.size();
+  if (request.filtersLevels && HaveAllLevels(lines)) {
+    reading.notes.emplace_back(
+        "every line is of all levels (--), as the server writes them, so --level leaves none out; "
+        "zqserver_level says which are written");
   }
   error = DropOlder(request, lines);
   std::erase_if(lines, [&](const TraceLine& line) { return !Passes(request.query, line); });
+  if (lines.empty()) {
+    reading.notes.push_back(all == 0 ? "the trace has no lines"
+                                     : "0 of " + std::to_string(all) + " lines pass");
+  }
   return error;
+}
+
+void ShowNotes(Report& report, Output& output, const std::vector<std::string>& notes) {
+  if (notes.empty()) return;
+  if (report.IsJson()) report.Json().Name("notes").Open('[');
+  for (const std::string& note : notes) {
+    if (report.IsJson()) {
+      report.Json().Text(note);
+    } else {
+      output.err += "note: " + Printable(note) + '\n';
+    }
+  }
+  if (report.IsJson()) report.Json().Close(']');
+}
+
+int FinishNotThere(Report& report, const TraceRequest& request, const std::string& why) {
+  const bool configured = request.withTwin || request.ring;
+  return report.Finish(
+      NotThere(Printable(why)),
+      configured ? "'qorlixctl trace show' tells where lines go, and what is missing" : "");
+}
+
+std::string MissingFolder(const zqotrc::TraceConfig& config) {
+  const std::string prefix = config.filePrefix;
+  const std::size_t end = prefix.find_last_of("\\/");
+  if (config.output != zqotrc::TraceOutput::kFile || end == std::string::npos) return {};
+  const std::string folder = prefix.substr(0, end + 1);
+  if (traceview::FolderExists(folder)) return {};
+  return "the folder " + folder + " does not exist, so every line is dropped: create it";
 }
 
 std::string NoRing(std::uint32_t error) {

@@ -8,6 +8,7 @@
 #include "cli/Json.h"
 #include "cli/Report.h"
 #include "cli/Subcommands.h"
+#include "trace/TraceConfig.h"
 #include "traceview/TraceLine.h"
 #include "traceview/TraceQuery.h"
 
@@ -36,6 +37,7 @@ struct TraceRequest {
   bool ring = false;
   std::vector<std::string> files;  ///< in the ANSI code page
   bool withTwin = false;           ///< the files come from the configuration
+  bool filtersLevels = false;      ///< --level was given
 };
 
 /// Takes the options and arguments of a command that reads a trace.
@@ -46,8 +48,25 @@ std::string ReadTraceRequest(const Invocation& invocation, TraceRequest& request
 /// found out.
 std::string DropOlder(const TraceRequest& request, std::vector<traceview::TraceLine>& lines);
 
+/// What was read.
+struct TraceReading {
+  std::vector<traceview::TraceLine> lines;  ///< those asked for
+  std::vector<std::string> notes;           ///< sentences about what is odd, in UTF-8
+};
+
 /// Reads all lines that are asked for. \returns an empty text, or why not.
-std::string ReadTrace(const TraceRequest& request, std::vector<traceview::TraceLine>& lines);
+std::string ReadTrace(const TraceRequest& request, TraceReading& reading);
+
+/// Tells the notes: to the error output, or as a list of the object.
+void ShowNotes(Report& report, Output& output, const std::vector<std::string>& notes);
+
+/// Ends a command whose trace is not there. Where the place came from the configuration, it hints
+/// at the command that explains it.
+int FinishNotThere(Report& report, const TraceRequest& request, const std::string& why);
+
+/// Nobody makes the folder of the files. \returns what to tell when it is missing, else an empty
+/// text; in the ANSI code page.
+std::string MissingFolder(const zqotrc::TraceConfig& config);
 
 /// Why there is no ring to read.
 std::string NoRing(std::uint32_t error);

@@ -202,6 +202,26 @@ constexpr bool IsSound() {
 }
 static_assert(IsSound(), "the look-up is a binary search, and every description must be readable");
 
+constexpr char ToLower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+constexpr std::size_t SmallestSize(FieldKind kind) {
+  switch (kind) {
+    case FieldKind::Byte:
+      return sizeof(std::uint8_t);
+    case FieldKind::Short:
+      return sizeof(std::uint16_t);
+    case FieldKind::Guid:
+      return 16;
+    case FieldKind::Long:
+    case FieldKind::Text:
+    case FieldKind::Buffer:
+      break;
+  }
+  return sizeof(std::uint32_t);  // a long, or the length 0
+}
+
 }  // namespace
 
 std::span<const CommandInfo> Commands() noexcept { return kCommands; }
@@ -211,6 +231,16 @@ const CommandInfo* FindCommand(std::uint32_t code) noexcept {
       std::begin(kCommands), std::end(kCommands), code,
       [](const CommandInfo& command, std::uint32_t wanted) { return CodeOf(command) < wanted; });
   return found != std::end(kCommands) && CodeOf(*found) == code ? found : nullptr;
+}
+
+const CommandInfo* FindCommandByName(std::string_view name) noexcept {
+  const auto* const found =
+      std::find_if(std::begin(kCommands), std::end(kCommands), [name](const CommandInfo& command) {
+        const std::string_view known = command.name;
+        return std::equal(known.begin(), known.end(), name.begin(), name.end(),
+                          [](char a, char b) { return ToLower(a) == ToLower(b); });
+      });
+  return found != std::end(kCommands) ? found : nullptr;
 }
 
 const CommandInfo* CommandOf(Bytes request) noexcept {
@@ -234,6 +264,18 @@ bool IsReadable(const CommandInfo& command, Bytes request) noexcept {
     if (field.kind == FieldKind::Text && value.bytes.size() >= command.textRoom) return false;
   }
   return true;
+}
+
+std::vector<std::uint8_t> SmallestRequest(const CommandInfo& command) {
+  std::size_t size = sizeof(std::uint16_t);
+  FieldList fields(command.request);
+  Field field;
+  while (fields.Next(field)) size += SmallestSize(field.kind);
+  std::vector<std::uint8_t> request(size, 0);
+  std::uint32_t cursor = 0;
+  (void)wire::Put(request.data(), static_cast<std::uint32_t>(size), cursor,
+                  static_cast<std::uint16_t>(command.code));
+  return request;
 }
 
 }  // namespace client

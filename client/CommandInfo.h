@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
+#include <vector>
 
 #include "client/Field.h"
 #include "server/CommandCode.h"
@@ -42,11 +44,18 @@ std::span<const CommandInfo> Commands() noexcept;
 /// The command with this code, or null.
 const CommandInfo* FindCommand(std::uint32_t code) noexcept;
 
+/// The command with this name, in any case of letters, or null.
+const CommandInfo* FindCommandByName(std::string_view name) noexcept;
+
 /// The command of a request, or null when it has no code or an unknown one.
 const CommandInfo* CommandOf(Bytes request) noexcept;
 
 /// Whether the server can read every field of the command in this request.
 bool IsReadable(const CommandInfo& command, Bytes request) noexcept;
+
+/// The shortest request of the command that can be read: every number is 0, every text and buffer
+/// empty.
+std::vector<std::uint8_t> SmallestRequest(const CommandInfo& command);
 
 }  // namespace client
 

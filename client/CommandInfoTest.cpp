@@ -35,6 +35,31 @@ TEST(CommandInfoTest, CodesWithoutACommandAreNotFound) {
   }
 }
 
+TEST(CommandInfoTest, ACommandIsFoundByItsNameInAnyCase) {
+  for (const CommandInfo& command : Commands()) {
+    EXPECT_EQ(FindCommandByName(command.name), &command) << command.name;
+  }
+  ASSERT_NE(FindCommandByName("reg_setVALUE"), nullptr);
+  EXPECT_EQ(FindCommandByName("reg_setVALUE")->code, CommandCode::Reg_SetValue);
+  for (const char* const name : {"", "Reg_Set", "Reg_SetValueBas", "Reg_SetValues"}) {
+    EXPECT_EQ(FindCommandByName(name), nullptr) << name;
+  }
+}
+
+TEST(CommandInfoTest, TheSmallestRequestIsReadableAndNoByteMayBeMissing) {
+  EXPECT_EQ(SmallestRequest(*FindCommandByName("GetDeviceStateEx")),
+            FromHex("2201 00000000 00000000"));
+  EXPECT_EQ(SmallestRequest(*FindCommandByName("RegisterForDeviceChangeNotifications")).size(),
+            2u + 4u + 16u);
+  for (const CommandInfo& command : Commands()) {
+    const std::vector<std::uint8_t> request = SmallestRequest(command);
+    EXPECT_EQ(CommandOf(request), &command) << command.name;
+    EXPECT_TRUE(IsReadable(command, request)) << command.name;
+    if (request.size() == 2) continue;
+    EXPECT_FALSE(IsReadable(command, Bytes(request).first(request.size() - 1))) << command.name;
+  }
+}
+
 TEST(CommandInfoTest, ARequestTooShortForACodeHasNoCommand) {
   EXPECT_EQ(CommandOf({}), nullptr);
   EXPECT_EQ(CommandOf(FromHex("10")), nullptr);

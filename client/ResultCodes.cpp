@@ -126,6 +126,9 @@ const char* ResultText(std::uint32_t code) noexcept {
 
 const char* ServerExitText(std::uint32_t exitCode) noexcept {
   switch (exitCode) {
+    case 0:
+      return "it did not end by itself; under Wine, a process that was killed or broke down exits "
+             "so";
     case 1:
       return "it ended as after a stop, or its pipe could not be created";
     case 183:

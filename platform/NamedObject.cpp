@@ -21,6 +21,16 @@ bool SetEventIfItExists(const char* name) {
   return true;
 }
 
+HANDLE CreateMarkerMutex(SECURITY_ATTRIBUTES* security, const char* name, std::uint32_t& error) {
+  const HANDLE mutex = CreateMutexExA(security, name, /*dwFlags=*/0, SYNCHRONIZE);
+  error = mutex != nullptr ? ERROR_SUCCESS : GetLastError();
+  return mutex;
+}
+
+void CloseNamedObject(HANDLE handle) {
+  if (handle != nullptr) (void)CloseHandle(handle);
+}
+
 std::uint32_t SignalEvent(const char* name) {
   const HANDLE event = OpenEventA(EVENT_MODIFY_STATE, /*bInheritHandle=*/FALSE, name);
   if (event == nullptr) return GetLastError();

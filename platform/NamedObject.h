@@ -22,6 +22,13 @@ void ReleaseNamedMutex(HANDLE mutex);
 /// Kept: the handle is not closed, so the event lives as long as the process that set it.
 bool SetEventIfItExists(const char* name);
 
+/// Creates or opens a mutex that only marks something by being there: nobody owns it, and this
+/// handle can do no more than wait for it.
+/// \returns 0 with the platform's error code in `error` when that fails
+HANDLE CreateMarkerMutex(SECURITY_ATTRIBUTES* security, const char* name, std::uint32_t& error);
+
+void CloseNamedObject(HANDLE handle);
+
 /// Sets an event that somebody else created. \returns 0, or the platform's error code.
 std::uint32_t SignalEvent(const char* name);
 

@@ -4,6 +4,7 @@
 #include "server/QorlixSRVPipe.h"
 #include "server/SecurityPlan.h"
 #include "server/SrvSecurity.h"
+#include "timer/ElapsedTimer.h"
 #include "trace/Zqotrc.h"
 
 namespace {
@@ -46,6 +47,9 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
     return static_cast<int>(error);
   }
   ZQ_TRACE(TRC_PROGRESS, kFct, "namedMutex erfolgreich angelegt!");
+
+  // The process's one timer. No command starts it; it is there for parts that come to need it.
+  const CElapsedTimer elapsedTimer(general.Attributes());
 
   auto* const server = new CQorlixSRVPipe(pipe.Attributes());
   (void)server->StartSRV();

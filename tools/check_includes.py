@@ -30,10 +30,11 @@ ALLOWED = {
     "board": COMMANDS,
     "actions": COMMANDS,
     "maintenance": COMMANDS,
-    "server": COMMANDS + ["board/boardsvc32.h", "actions/RestartResults.h", "maintenance"],
+    "server": COMMANDS + ["timer", "board/boardsvc32.h", "actions/RestartResults.h", "maintenance"],
     "client": ["codec/Wire.h", "server/CommandCode.h", "server/SrvResult.h"],
     "traceview": ["platform", "client/CommandInfo.h"] + TRACE_FORMATS,
-    "cli": ["client", "traceview", "trace/TraceConfig.h", "trace/TraceHost.h"],
+    "doctor": ["platform", "client", "traceview"],
+    "cli": ["client", "traceview", "doctor", "trace/TraceConfig.h", "trace/TraceHost.h"],
     "standins": ["board/boardsvc32.h"],
 }
 # The contract headers hold declarations only and stand below everything that uses them.

@@ -11,10 +11,10 @@ if wine qorlixctl.exe ping --timeout 1 >/dev/null 2>&1; then
 fi
 
 demo='SOFTWARE\Vesmark\NORVA\Tour'
-board='SOFTWARE\Vesmark\NORVA\DefDevices\DeviceId\HWX7101'
+board='SOFTWARE\Vesmark\NORVA\DefDevices\DeviceID\HWX7101'
 names='SOFTWARE\Vesmark\NORVA\LogNames'
 devices='SOFTWARE\Vesmark\NORVA\LogDevices'
-plugin='SOFTWARE\Vesmark\NORVA\DefDevices\DeviceId\DEMO1'
+plugin='SOFTWARE\Vesmark\NORVA\DefDevices\DeviceID\DEMO1'
 gate='SOFTWARE\Vesmark\Shared Tools\MIREL'
 trace='SOFTWARE\Vesmark\NORVA\TrcParams'
 work=$(mktemp -d)
@@ -75,9 +75,27 @@ finish() {
     "$devices\\NB510.2" "$devices\\DEMO1"; do
     wine reg delete "HKLM\\$key" /f >/dev/null 2>&1 </dev/null
   done
-  wine reg delete "HKLM\\$trace" /f >/dev/null 2>&1 </dev/null
+  take_trace_back
   "$QORLIX_ROOT/tools/place-standins.sh" --remove
   rm -rf "$work" "$WINEPREFIX/drive_c/QorlixTour"
+}
+
+# The trace configuration of the machine is put aside while the tour has its own.
+kept=$WINEPREFIX/drive_c/QorlixTourTrace.reg
+aside=0
+put_trace_aside() {
+  aside=1
+  # What an earlier tour that was ended by force put aside is still the machine's own.
+  [ -e "$kept" ] ||
+    wine reg export "HKLM\\$trace" 'C:\QorlixTourTrace.reg' /y >/dev/null 2>&1 </dev/null
+  wine reg delete "HKLM\\$trace" /f >/dev/null 2>&1 </dev/null
+}
+take_trace_back() {
+  [ "$aside" -eq 1 ] || return 0
+  aside=0
+  wine reg delete "HKLM\\$trace" /f >/dev/null 2>&1 </dev/null
+  [ -e "$kept" ] || return 0
+  wine reg import 'C:\QorlixTourTrace.reg' >/dev/null 2>&1 </dev/null && rm -f "$kept"
 }
 trap finish EXIT
 
@@ -86,7 +104,7 @@ trap finish EXIT
 value() { wine reg add "HKLM\\$1" /v "$2" /d "$3" /f >/dev/null 2>&1 </dev/null; }
 cp "$QORLIX_ROOT/standins/boardsvc32/samples/two-boards.ini" "$QORLIX_ROOT/build/boards.ini"
 export QORLIX_BOARD_INVENTORY="Z:$QORLIX_ROOT/build/boards.ini"
-value "$board" HardwareId 'PCI\VEN_1F3C&DEV_5101'
+value "$board" HardwareID 'PCI\VEN_1F3C&DEV_5101'
 value "$names\\PLC1" LogDevice 'Pulled board'
 value "$gate" SetupSucceeded 1
 # And what the commands that install and restart find in the system directory: a plug-in, which the
@@ -96,7 +114,9 @@ value "$plugin" HardwareID 'PCI\VEN_1F3C&DEV_5101'
 value "$plugin" Installer 'sampledev.dll,SampleInstall'
 value "$plugin" Deinstaller 'sampledev.dll,SampleDeinstall'
 
-# Nobody creates the folder that trace files go to.
+# Nobody creates the folder that trace files go to. Files of an earlier tour would be shown as well.
+put_trace_aside
+rm -rf "$WINEPREFIX/drive_c/QorlixTour"
 mkdir -p "$WINEPREFIX/drive_c/QorlixTour"
 
 printf 'Start the server and wait until it says that its pipe exists\n'
@@ -116,7 +136,7 @@ verdict 'the server is ready' grep -q 'the server is ready' "$work/start"
 
 step 'Does it answer?' 0 'the server answered 0' ping
 step 'At its start it completed a hardware identifier' 0 '&SUBSYS_51011F3C"' \
-  reg get "$board" HardwareId
+  reg get "$board" HardwareID
 step 'And the check took a device that is gone off a logical name' 0 'data:   ""' \
   reg get "$names\\PLC1" LogDevice
 
@@ -152,15 +172,18 @@ step 'It is not there any more' 1 'ERROR_NOT_FOUND' ip delete "$context"
 
 step 'Have the server tell what it does ...' 0 'Level' trace set Level all
 step '... all of it ...' 0 'zqserver_level' trace set zqserver_level all
-step '... into files of this folder' 0 'Path' trace set Path 'C:\QorlixTour'
+step '... into files ...' 0 'Output' trace set Output FILE
+step '... of this folder ...' 0 'Path' trace set Path 'C:\QorlixTour'
+step '... and this name' 0 'FileName' trace set FileName tour
 step 'Let it read that now' 0 'configuration' trace refresh
 step 'One request ...' 0 'Firmware 5.2' board info 1 NB410A
 step '... is told step by step' 0 '<< BRDX_GetBoardInfoBL result = 0x0' \
   trace dump --function 'BC_GetBoardInfo*'
 step 'A page to look at' 0 'trace.html' \
-  trace report 'C:\QorlixTour\ZqFile1.TRC' -o "Z:$QORLIX_ROOT/build/trace.html" --force
+  trace report -o "Z:$QORLIX_ROOT/build/trace.html" --force
 step 'And off again ...' 0 'Level' trace set Level 0
 step '... at once' 0 'configuration' trace refresh
+take_trace_back
 
 step 'Create a key in the permitted tree' 0 '0 (success)' reg create "$demo"
 step 'Write a value' 0 '0 (success)' reg set "$demo" Greeting 'Hello there'

@@ -5,6 +5,7 @@
 #include <atomic>
 
 #include "platform/UniqueHandle.h"
+#include "traceview/TraceSettings.h"
 
 namespace traceview {
 namespace {
@@ -68,6 +69,26 @@ std::uint32_t RefreshAllTracers(std::uint32_t& generation) {
   if (ReadableBytes(view.get()) < sizeof(Counter)) return ERROR_INVALID_ADDRESS;
   generation = ++*static_cast<Counter*>(view.get());
   return ERROR_SUCCESS;
+}
+
+std::vector<std::string> TraceValueNames() {
+  std::vector<std::string> names;
+  HKEY key = nullptr;
+  if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, kTraceKey, 0, KEY_QUERY_VALUE, &key) != ERROR_SUCCESS) {
+    return names;
+  }
+  constexpr DWORD kLongestName = 16384;
+  std::vector<char> name(kLongestName);
+  for (DWORD index = 0;; ++index) {
+    DWORD length = kLongestName;
+    const LSTATUS status = RegEnumValueA(key, index, name.data(), &length, /*lpReserved=*/nullptr,
+                                         /*lpType=*/nullptr, /*lpData=*/nullptr,
+                                         /*lpcbData=*/nullptr);
+    if (status != ERROR_SUCCESS) break;
+    names.emplace_back(name.data(), length);
+  }
+  (void)RegCloseKey(key);
+  return names;
 }
 
 std::int64_t LocalTimeOfDay() {

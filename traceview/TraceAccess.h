@@ -5,6 +5,8 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
+#include <vector>
 
 namespace traceview {
 
@@ -33,6 +35,9 @@ class SharedRing {
 ///
 /// \returns 0, or the platform's error code: 2 when no process has it.
 std::uint32_t RefreshAllTracers(std::uint32_t& generation);
+
+/// The names of all values of the key that holds the configuration; none when there is no such key.
+std::vector<std::string> TraceValueNames();
 
 /// Microseconds since midnight, of the local clock that trace lines are written by.
 std::int64_t LocalTimeOfDay();

@@ -70,6 +70,7 @@ struct Wanted {
   std::string path;
   bool mayBeMissing;
   bool hasTwin;  ///< the next one in the list
+  bool named;    ///< somebody asked for it
 };
 
 std::vector<Wanted> InPairs(const std::vector<std::string>& paths, bool withTwin) {
@@ -83,20 +84,22 @@ std::vector<Wanted> InPairs(const std::vector<std::string>& paths, bool withTwin
       const std::string& other = SameName(pair[0], paths[i]) ? pair[1] : pair[0];
       if (!done[j] && SameName(paths[j], other)) twin = j;
     }
-    if (twin < paths.size()) {
-      done[twin] = true;
-      wanted.push_back({pair[0], /*mayBeMissing=*/false, /*hasTwin=*/true});
-      wanted.push_back({pair[1], /*mayBeMissing=*/false, /*hasTwin=*/false});
-    } else if (withTwin && pair.size() == 2) {
+    if (twin < paths.size()) done[twin] = true;
+    if (twin < paths.size() || (withTwin && pair.size() == 2)) {
       const bool first = StateOf(pair[0]).exists;
       const bool second = StateOf(pair[1]).exists;
-      wanted.push_back({pair[0], /*mayBeMissing=*/second, /*hasTwin=*/true});
-      wanted.push_back({pair[1], /*mayBeMissing=*/first || !second, /*hasTwin=*/false});
+      const bool named = twin < paths.size();
+      wanted.push_back({pair[0], /*mayBeMissing=*/second, /*hasTwin=*/true, named});
+      wanted.push_back({pair[1], /*mayBeMissing=*/first || !second, /*hasTwin=*/false, named});
     } else {
-      wanted.push_back({paths[i], /*mayBeMissing=*/false, /*hasTwin=*/false});
+      wanted.push_back({paths[i], /*mayBeMissing=*/false, /*hasTwin=*/false, /*named=*/true});
     }
   }
   return wanted;
+}
+
+bool HasNoColumns(const TraceLine& line) {
+  return line.layout == Layout::kText || line.layout == Layout::kUnknown;
 }
 
 void Append(std::vector<TraceLine>& lines, ReadFile& file) {
@@ -116,12 +119,27 @@ std::vector<std::string> PairOf(const std::string& path) {
 }
 
 void SplitLines(std::string_view text, std::uint32_t source, std::vector<TraceLine>& lines) {
+  const std::size_t first = lines.size();
+  const bool endsInside = !text.empty() && text.back() != '\n';
   while (!text.empty()) {
     const std::size_t end = std::min(text.find('\n'), text.size());
     lines.push_back(ParseTraceLine(WithoutCarriageReturn(text.substr(0, end))));
     lines.back().source = source;
     text.remove_prefix(std::min(end + 1, text.size()));
   }
+  if (lines.size() > first) lines.back().torn = endsInside;
+  if (lines.size() - first < 2) return;
+  lines[first].torn =
+      lines[first].layout == Layout::kUnknown && lines[first + 1].layout != Layout::kUnknown;
+}
+
+bool LooksForeign(std::span<const TraceLine> lines) {
+  std::size_t texts = 0;
+  for (const TraceLine& line : lines) {
+    if (!HasNoColumns(line)) return false;
+    texts += line.layout == Layout::kText ? 1 : 0;
+  }
+  return !lines.empty() && texts * 2 < lines.size();
 }
 
 bool IsOlder(const ReadFile& one, const ReadFile& other) {
@@ -133,13 +151,21 @@ bool IsOlder(const ReadFile& one, const ReadFile& other) {
 }
 
 bool ReadTraceFiles(const std::vector<std::string>& paths, bool withTwin,
-                    std::vector<TraceLine>& lines, std::string& error) {
+                    std::vector<TraceLine>& lines, std::string& error,
+                    std::vector<std::string>* notes) {
+  const auto note = [&](const std::string& text) {
+    if (notes != nullptr) notes->push_back(text);
+  };
   const std::vector<Wanted> wanted = InPairs(paths, withTwin);
   std::vector<ReadFile> files(wanted.size());
   for (std::size_t i = 0; i < wanted.size(); ++i) {
-    if (wanted[i].mayBeMissing && !StateOf(wanted[i].path).exists) continue;
+    if (wanted[i].mayBeMissing && !StateOf(wanted[i].path).exists) {
+      if (wanted[i].named) note("there is no file " + wanted[i].path + "; its twin is read alone");
+      continue;
+    }
     error = ReadWhole(wanted[i].path, static_cast<std::uint32_t>(i), files[i]);
     if (!error.empty()) return false;
+    if (LooksForeign(files[i].lines)) note(wanted[i].path + " does not look like a trace");
   }
   for (std::size_t i = 0; i < files.size(); ++i) {
     if (!wanted[i].hasTwin) {

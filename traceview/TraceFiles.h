@@ -17,8 +17,13 @@ namespace traceview {
 /// The two files of a pair, "X1.TRC" and "X2.TRC", if the path is one of them; else the path alone.
 std::vector<std::string> PairOf(const std::string& path);
 
-/// Takes a text apart into lines; what stands behind the last line end comes as a line as well.
+/// Takes a text apart into lines; what stands behind the last line end comes as a line as well. A
+/// first or last line that is only a part of one is marked as torn.
 void SplitLines(std::string_view text, std::uint32_t source, std::vector<TraceLine>& lines);
+
+/// Whether lines look like no trace at all: none has the columns of a layout, and most have not
+/// even the blank at their end that TEXT writes.
+bool LooksForeign(std::span<const TraceLine> lines);
 
 /// One file of a pair with what is known of it.
 struct ReadFile {

@@ -15,6 +15,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 TraceLine At(Layout layout, std::int64_t microseconds) {
   TraceLine line;
@@ -89,13 +90,15 @@ class TraceFilesTest : public testing::Test {
     std::vector<TraceLine> lines;
     std::vector<std::string> texts;
     error_.clear();
-    if (!ReadTraceFiles(paths, withTwin, lines, error_)) return {"failed"};
+    notes_.clear();
+    if (!ReadTraceFiles(paths, withTwin, lines, error_, &notes_)) return {"failed"};
     for (const TraceLine& line : lines) texts.push_back(line.text);
     return texts;
   }
 
   std::filesystem::path folder_;
   std::string error_;
+  std::vector<std::string> notes_;
 };
 
 TEST_F(TraceFilesTest, APairIsReadInTheOrderOfWritingHoweverItIsNamed) {
@@ -117,7 +120,43 @@ TEST_F(TraceFilesTest, ATwinThatIsMissingIsNoFailureWhicheverIsNamed) {
   EXPECT_THAT(Texts({Path(1)}, false), ElementsAre("failed"));
   EXPECT_THAT(error_, HasSubstr("there is no file"));
   EXPECT_THAT(error_, HasSubstr("T1.TRC"));
-  EXPECT_THAT(Texts({Path(1), Path(2)}, false), ElementsAre("failed"));
+}
+
+TEST_F(TraceFilesTest, OfAPairThatIsNamedOneFileIsEnoughAndTheOtherIsNoted) {
+  Append(2, "F: only \r\n");
+  for (const auto& paths : {Pair(), {Path(2), Path(1)}}) {
+    EXPECT_THAT(Texts(paths, false), ElementsAre("only"));
+    EXPECT_THAT(notes_, ElementsAre(HasSubstr("T1.TRC; its twin is read alone")));
+  }
+  EXPECT_THAT(Texts({Path(1)}, true), ElementsAre("only"));
+  EXPECT_THAT(notes_, IsEmpty());
+  Remove(2);
+  EXPECT_THAT(Texts(Pair(), false), ElementsAre("failed"));
+}
+
+TEST_F(TraceFilesTest, WhatIsNoTraceIsNoted) {
+  Append(7, "<html>\r\nsome text\r\n");
+  EXPECT_THAT(Texts({Path(7)}, false), SizeIs(2));
+  EXPECT_THAT(notes_, ElementsAre(HasSubstr("T7.TRC does not look like a trace")));
+  Append(8, "F: one \r\nF: two \r\ngarbage\r\n");
+  EXPECT_THAT(Texts({Path(8)}, false), SizeIs(3));
+  EXPECT_THAT(notes_, IsEmpty());
+}
+
+TEST_F(TraceFilesTest, LinesThatAreCutAreTorn) {
+  const auto torn = [](const char* text) {
+    std::vector<TraceLine> lines;
+    SplitLines(text, /*source=*/0, lines);
+    std::string marks;
+    for (const TraceLine& line : lines) marks += line.torn ? '1' : '0';
+    return marks;
+  };
+  EXPECT_EQ(torn("F: a \nF: b \n"), "00");
+  EXPECT_EQ(torn("F: a \nF: b"), "01");
+  EXPECT_EQ(torn("Start\nF: b \nword\n"), "100");
+  EXPECT_EQ(torn("Start\nword\n"), "00");
+  EXPECT_EQ(torn("F:"), "1");
+  EXPECT_EQ(torn(""), "");
 }
 
 TEST_F(TraceFilesTest, WithoutAnyFileItFails) {

@@ -40,6 +40,7 @@ struct TraceLine {
   std::string function;  ///< without the colon and blanks at its end: "Reg_SetValue"
   std::string text;
   std::uint32_t source = 0;  ///< tells the lines of one file from those of another
+  bool torn = false;         ///< at an end of its file, and not whole
 };
 
 /// Takes one line apart, without its line end.
@@ -58,10 +59,14 @@ std::string_view LevelName(std::string_view code);
 
 /// Reads whole trace files, in the order in which their lines were written: a pair "X1.TRC" and
 /// "X2.TRC" is put in order by itself, whichever is named first or if only one is named with
-/// `withTwin`. A last line without its end is taken as well.
+/// `withTwin`. Of a pair that is named one file may be missing. A last line without its end is
+/// taken as well. \param notes sentences about what is odd: a file that is missing, or that is no
+/// trace; may be
+///   null
 /// \returns false with a sentence in `error` when a file cannot be read.
 bool ReadTraceFiles(const std::vector<std::string>& paths, bool withTwin,
-                    std::vector<TraceLine>& lines, std::string& error);
+                    std::vector<TraceLine>& lines, std::string& error,
+                    std::vector<std::string>* notes = nullptr);
 
 }  // namespace traceview
 

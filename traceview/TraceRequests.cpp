@@ -33,35 +33,11 @@ constexpr std::string_view kNamesConnection[] = {
 constexpr std::string_view kBeginsPass[] = {"No Pending Operation",
                                             "Pending: ", "READING_STATE -> "};
 
-// The words of the lines at which the server itself counts a failure.
-constexpr std::string_view kErrorWords[] = {
-    "<< Error",    "Error occured", "Something is wrong", "is wrong: ->", "BUFFER_OVERFLOW",
-    "failed with", "Couldn't",      "<< Out of Range",    "Invalid pipe", "=> Reconnect Pipe",
-};
-// These are written when a client closes its end, as every client does some day.
-constexpr std::string_view kClientGone[] = {"fSuccess != Success", "cbRet == 0"};
-
-// Numbers that mean success when they are 0.
-constexpr std::string_view kResults[] = {"SendResult=0x", "writeResult=0x", "lResult=0x",
-                                         "result = 0x"};
-
 // The number at the start of a text, or -1.
 std::int64_t NumberAt(std::string_view text, int base) {
   std::uint32_t number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
   return error == std::errc() && end != text.data() ? static_cast<std::int64_t>(number) : -1;
-}
-
-// The hexadecimal number behind `name`, or -1.
-std::int64_t HexBehind(std::string_view text, std::string_view name) {
-  const std::size_t found = text.find(name);
-  return found == std::string_view::npos ? -1 : NumberAt(text.substr(found + name.size()), 16);
-}
-
-bool Contains(std::string_view text, std::span<const std::string_view> words) {
-  return std::any_of(words.begin(), words.end(), [&](std::string_view word) {
-    return text.find(word) != std::string_view::npos;
-  });
 }
 
 bool StartsWithOneOf(std::string_view text, std::span<const std::string_view> beginnings) {
@@ -73,9 +49,31 @@ std::int32_t AsConnection(std::int64_t number) {
   return number >= 0 && number < kConnections ? static_cast<std::int32_t>(number) : kNobody;
 }
 
-bool HasCode(const TraceLine& line) {
-  return line.code.find_first_not_of('0') != std::string::npos;
-}
+// What the lines of a request say about it, one after the other.
+class RequestVerdict {
+ public:
+  void Take(const TraceLine& line, Mark mark, TraceRequest& request) {
+    // Results behind the reply are about its sending, or about what follows it.
+    isSent_ = isSent_ || line.function.starts_with("Send") ||
+              line.text.find(" intern Send") != std::string::npos;
+    worst_ = std::max(worst_, mark);
+    const LineResult result = ResultOf(line);
+    const bool replied = result.kind == ResultKind::kReply && !isReply_;
+    if (replied || (result.kind == ResultKind::kLibrary && !isSent_)) {
+      isReply_ = replied;
+      request.result = result.value;
+      ofResult_ = mark;
+    }
+    const bool told = worst_ != Mark::kError && request.result >= 0;
+    request.mark = told ? ofResult_ : worst_;
+  }
+
+ private:
+  bool isSent_ = false;
+  bool isReply_ = false;
+  Mark worst_ = Mark::kNone;
+  Mark ofResult_ = Mark::kNone;
+};
 
 // Joins the lines of one thread into passes and requests.
 class ThreadStory {
@@ -90,9 +88,8 @@ class ThreadStory {
 
     TraceRequest& request = story.requests[static_cast<std::size_t>(request_)];
     request.lastLine = index;
-    request.mark = std::max(request.mark, story.marks[index]);
     if (request.connection == kNobody) request.connection = connection_;
-    if (request.result < 0) request.result = HexBehind(line.text, "SendResult=0x");
+    verdict_.Take(line, story.marks[index], request);
   }
 
  private:
@@ -127,6 +124,7 @@ class ThreadStory {
     request.connection = connection_;
     request.command = static_cast<std::uint32_t>(command);
     request_ = static_cast<std::int32_t>(story.requests.size());
+    verdict_ = {};
     if (takenUp_) story.owners[takenUpAt_] = request_;
     story.requests.push_back(request);
     takenUp_ = false;
@@ -141,6 +139,7 @@ class ThreadStory {
     return kNobody;
   }
 
+  RequestVerdict verdict_;
   std::int32_t connection_ = kNobody;
   std::int32_t request_ = kNobody;
   bool takenUp_ = false;
@@ -190,16 +189,6 @@ void MeasureRequests(std::span<const TraceLine> lines, TraceStory& story) {
 }
 
 }  // namespace
-
-Mark MarkOf(const TraceLine& line) {
-  if (line.layout == Layout::kError || line.level == "FR") return Mark::kError;
-  if (line.text.starts_with("Exception: ") || Contains(line.text, kErrorWords)) return Mark::kError;
-  if (HasCode(line) || Contains(line.text, kClientGone)) return Mark::kNotice;
-  for (const std::string_view name : kResults) {
-    if (HexBehind(line.text, name) > 0) return Mark::kNotice;
-  }
-  return Mark::kNone;
-}
 
 TraceStory TellStory(std::span<const TraceLine> lines) {
   TraceStory story;

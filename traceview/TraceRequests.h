@@ -11,19 +11,10 @@
 #include <span>
 #include <vector>
 
+#include "traceview/LineVerdict.h"
 #include "traceview/TraceLine.h"
 
 namespace traceview {
-
-/// How bad a line is.
-enum class Mark : std::uint8_t {
-  kNone,
-  kNotice,  ///< a result other than 0, or a client that went away: often expected
-  kError,   ///< something that the server itself counts as a failure
-};
-
-/// What a line says on its own.
-Mark MarkOf(const TraceLine& line);
 
 inline constexpr std::int32_t kNobody = -1;
 
@@ -35,8 +26,12 @@ struct TraceRequest {
   std::int32_t connection = kNobody;
   std::uint32_t command = 0;       ///< the code of "opCode 0x%x"
   std::int64_t microseconds = -1;  ///< between the two lines; -1 when they have no time
-  std::int64_t result = -1;        ///< of the first reply; -1 when no line tells it
-  Mark mark = Mark::kNone;         ///< the worst of its lines
+  /// Of the first reply that tells one; else what a library answered last in front of the reply,
+  /// which carries that on. -1 when no line tells it.
+  std::int64_t result = -1;
+  /// An error if one of its lines is one; else what its result is, or, if that is not told, the
+  /// worst of its lines.
+  Mark mark = Mark::kNone;
 };
 
 /// The two kinds of time that lines carry.

@@ -117,6 +117,53 @@ TEST_F(TraceRequestsTest, TheFirstReplyTellsTheResultAndTheWorstLineMarksTheRequ
   EXPECT_EQ(story.requests[0].mark, Mark::kError);
 }
 
+TEST_F(TraceRequestsTest, AReplyThatWasWrittenAtOnceMarksNothing) {
+  Wake("0");
+  Loop("opCode 0x3");
+  Add("Reg_SetValue", "<< RegSetValueBL result = 0x0");
+  Add("Send", "<< CQorlixSRVPipe::Send SendResult=0x0 writeResult=0x1  DataLength=6");
+  EXPECT_EQ(Story().requests.at(0).mark, Mark::kNone);
+}
+
+TEST_F(TraceRequestsTest, WhereTheReplyTellsNoResultTheLibraryDoes) {
+  Wake("0");
+  Loop("opCode 0xc1");
+  Add("BC_EnumBoard", ">> Start");
+  Add("BC_EnumBoard", "<< BRDX_EnumBoardExBL result = 0x2");
+  Add("Send", ">> Begin CQorlixSRVPipe::Send(long, long, long, long)");
+  Add("Send", "<< CQorlixSRVPipe::Send DataLength=18 writeResult=0x1");
+  Add("Reg_SetValue", "<< RegSetValueBL result = 0x5");
+  const TraceStory story = Story();
+  EXPECT_EQ(story.requests.at(0).result, 2);
+  EXPECT_EQ(story.requests.at(0).mark, Mark::kNotice);
+}
+
+TEST_F(TraceRequestsTest, HowTheSendingWentIsNotTheResult) {
+  Wake("0");
+  Loop("opCode 0x3");
+  Add("Reg_SetValue", "<< RegSetValueBL result = 0x5");
+  Add("Reg_SetValue", "<< Reg_SetValue result = 0x0");
+  EXPECT_EQ(Story().requests.at(0).result, 5);
+  EXPECT_EQ(Story().requests.at(0).mark, Mark::kNotice);
+}
+
+TEST_F(TraceRequestsTest, AStepThatAnsweredAnotherValueDoesNotMarkARequestThatWentWell) {
+  Wake("0");
+  Loop("opCode 0x68");
+  Add("BC_Plausibilitaet", "BRDX_Scan result = 0x2");
+  Add("Send", "<< CQorlixSRVPipe::Send SendResult=0x0 writeResult=0x1  DataLength=6");
+  EXPECT_EQ(Story().requests.at(0).mark, Mark::kNone);
+}
+
+TEST_F(TraceRequestsTest, TheEndOfAListIsAResultWithoutAMark) {
+  Wake("0");
+  Loop("opCode 0x1a");
+  Add("Reg_EnumKey", "<< RegEnumKeyBL result = 0x103");
+  Add("Send", "<< CQorlixSRVPipe::Send DataLength=10 writeResult=0x0");
+  EXPECT_EQ(Story().requests.at(0).result, 259);
+  EXPECT_EQ(Story().requests.at(0).mark, Mark::kNone);
+}
+
 TEST_F(TraceRequestsTest, TwoRequestsOfOneConnectionAreTwo) {
   Request("0", "3");
   Request("0", "3", "5");
@@ -178,53 +225,6 @@ TEST_F(TraceRequestsTest, ALineWithoutTimeStandsWhereTheOneBeforeItDoes) {
   Add("A", "");
   Add("A", "").microseconds = -1;
   EXPECT_THAT(Story().times, ElementsAre(0, kMilli, kMilli));
-}
-
-TEST(MarkOfTest, FailuresAreErrors) {
-  for (const char* text :
-       {"Exception: RegDelKeyBL", "<< Error CreateEvent", "Error occured : lResult=0x219a",
-        "ReadShort exit with BUFFER_OVERFLOW", "ConnectNamedPipe failed with 2088",
-        "READING_STATE: Something is wrong: ->DisconnectAndReconnect",
-        "WRITING_STATE: ReceivePointer is wrong: ->DisconnectAndReconnect",
-        "PipeSend: sendResult != ERROR_SUCCESS => Reconnect Pipe",
-        "<< RunSrvLoop End Invalid pipe state",
-        "<< Out of Range dwWait(0x102) or Server-Timeout reached .. Get ErrorCode=0",
-        "Couldn't CreateMutex because ERROR_ALREADY_EXISTS"}) {
-    TraceLine line;
-    line.text = text;
-    EXPECT_EQ(MarkOf(line), Mark::kError) << text;
-  }
-}
-
-TEST(MarkOfTest, ResultsOtherThanZeroAndClientsThatLeaveAreNotices) {
-  for (const char* text : {"<< RegDelKeyBL result = 0x2", "fSuccess != Success", "cbRet == 0",
-                           "<< CQorlixSRVPipe::Send SendResult=0x103 writeResult=0x0"}) {
-    TraceLine line;
-    line.text = text;
-    EXPECT_EQ(MarkOf(line), Mark::kNotice) << text;
-  }
-}
-
-TEST(MarkOfTest, EverythingElseIsPlain) {
-  for (const char* text : {">> Start", "<< RegDelKeyBL result = 0x0", "opCode 0x3", "result = 0x",
-                           "CurrentPointer=0x12  fPendingIO=0x1  hPipe=0x1c4  Event=0x0", ""}) {
-    TraceLine line;
-    line.text = text;
-    EXPECT_EQ(MarkOf(line), Mark::kNone) << text;
-  }
-}
-
-TEST(MarkOfTest, LevelCodeAndLayoutCountAsWell) {
-  TraceLine line;
-  line.level = "FR";
-  EXPECT_EQ(MarkOf(line), Mark::kError);
-  line.level = "FE";
-  line.code = "0";
-  EXPECT_EQ(MarkOf(line), Mark::kNone);
-  line.code = "8007000e";
-  EXPECT_EQ(MarkOf(line), Mark::kNotice);
-  line.layout = Layout::kError;
-  EXPECT_EQ(MarkOf(line), Mark::kError);
 }
 
 }  // namespace

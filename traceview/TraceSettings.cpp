@@ -29,7 +29,7 @@ constexpr Setting kSettings[] = {
     {"Byte/File", "bytes after which the other file is taken", "2097152"},
     {"sm_size", "bytes of the ring", "2000000"},
     {"FctName", "functions that pass, as patterns with blanks between them", "all"},
-    {"Module", "components that pass, as patterns; the server's is SRV", "all"},
+    {"Module", "components that pass, as patterns; the server's are SRV and PST", "all"},
     {"String", "beginnings of texts that pass, as patterns", "all"},
     {"TraceId", "programs that pass, as patterns; the server's is QORLIXSRV64", "all"},
 };
@@ -81,9 +81,10 @@ void CheckMask(const Setting& setting, std::string_view text, CheckedValue& chec
   } else if (!BeginsWithDigit(text) && ParseLevels(text, bits)) {
     checked.text = Hex(bits);
   } else {
-    checked.error = std::string(setting.name) +
-                    " takes a number (64, 0x40, or 0100 in octal) or names: entry, error, "
-                    "progress, result, all";
+    checked.error =
+        std::string(setting.name) +
+        " takes a number from 0 to 0xFFFFFFFF (64, 0x40, or 0100 in octal) or names: entry, error, "
+        "progress, result, all";
     return;
   }
   if (bits == 0 && setting.name == "Level") checked.warnings.emplace_back("0 switches tracing off");
@@ -194,6 +195,33 @@ void AddFilePitfalls(const Configuration& configuration, std::vector<std::string
   if (!name.empty()) pitfalls.push_back(name);
 }
 
+/// The facility takes as much of a text as is a number, and 0 where nothing is.
+std::string NumberPitfall(const Setting& setting, const std::string& text) {
+  const std::string what = std::string(setting.name) + " \"" + text + "\" is no number and is ";
+  if (IsMask(setting.name)) {
+    if (IsMaskText(text)) return {};
+    return what + "read as " + Hex(zqotrc::ParseMask(text.c_str())) +
+           "; names such as all are for 'trace set', which writes the number";
+  }
+  if (setting.name == "Consult") {
+    if (IsWholeNumber(text, 0)) return {};
+    return what + "read as " + std::to_string(zqotrc::ParseNumber(text.c_str())) + " seconds";
+  }
+  if (!IsSize(setting.name) || IsWholeNumber(text, 1)) return {};
+  const std::int32_t number = zqotrc::ParseNumber(text.c_str());
+  if (number > 0) return what + "read as " + std::to_string(number);
+  return std::string(setting.name) + " \"" + text + "\" is not above 0 and is ignored";
+}
+
+void AddNumberPitfalls(const Configuration& configuration, std::vector<std::string>& pitfalls) {
+  for (std::size_t i = 0; i < configuration.stored.size(); ++i) {
+    const StoredSetting& stored = configuration.stored[i];
+    if (!stored.counts) continue;
+    const std::string pitfall = NumberPitfall(kSettings[i], stored.text);
+    if (!pitfall.empty()) pitfalls.push_back(pitfall);
+  }
+}
+
 void AddWordPitfalls(const Configuration& configuration, std::vector<std::string>& pitfalls) {
   static constexpr std::string_view kFormats[] = {"SHORT", "LONG", "TIME", "TEXT"};
   const StoredSetting& output = Stored(configuration, "Output");
@@ -224,9 +252,9 @@ CheckedValue CheckValue(const Setting& setting, std::string_view text) {
   if (IsMask(setting.name)) {
     CheckMask(setting, text, checked);
   } else if (setting.name == "Consult" && !IsWholeNumber(text, 0)) {
-    checked.error = "Consult takes seconds, 0 for never";
+    checked.error = "Consult takes seconds, from 0, which is never, to 2147483647";
   } else if (IsSize(setting.name) && !IsWholeNumber(text, 1)) {
-    checked.error = std::string(setting.name) + " takes a number of bytes above 0";
+    checked.error = std::string(setting.name) + " takes a number of bytes, from 1 to 2147483647";
   } else if (setting.name == "Format" && OneOf(kFormats, text).empty()) {
     checked.error = "Format takes SHORT, LONG, TIME or TEXT; any other word would be LONG";
   } else if (setting.name == "Output") {
@@ -271,11 +299,24 @@ std::string ValueInForce(const zqotrc::TraceConfig& config, const Setting& setti
   if (name == "Output") return std::string(OutputName(config.output));
   if (name == "Byte/File") return std::to_string(config.fileLimit);
   if (name == "sm_size") return std::to_string(config.ringSize);
+  if (name == "Path" || name == "FileName") {
+    const std::string prefix = config.filePrefix;
+    const std::size_t end = prefix.find_last_of("\\/") + 1;
+    return name == "Path" ? prefix.substr(0, end) : prefix.substr(end);
+  }
   if (name == "FctName") return Joined(config.function);
   if (name == "Module") return Joined(config.module);
   if (name == "String") return Joined(config.text);
   if (name == "TraceId") return Joined(config.traceId);
   return {};
+}
+
+bool IsRead(const zqotrc::TraceConfig& config, const Setting& setting) {
+  const std::string_view name = setting.name;
+  if (name == "sm_size") return config.output == TraceOutput::kRing;
+  if (name == kServerMask) return config.level != 0;
+  const bool ofFiles = name == "Path" || name == "FileName" || name == "Byte/File";
+  return !ofFiles || config.output == TraceOutput::kFile;
 }
 
 Passing LinesAt(const zqotrc::TraceConfig& config, std::uint32_t bit) {
@@ -331,6 +372,7 @@ std::vector<std::string> Pitfalls(const Configuration& configuration) {
   if (config.consult > 0 && (config.level == 0 || config.programMask == 0)) {
     pitfalls.emplace_back("Consult is looked at by lines only: while none is wanted it never ends");
   }
+  AddNumberPitfalls(configuration, pitfalls);
   AddWordPitfalls(configuration, pitfalls);
   if (config.output == TraceOutput::kFile) AddFilePitfalls(configuration, pitfalls);
   const std::string function = FunctionPitfall(config.function);

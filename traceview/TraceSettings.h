@@ -60,6 +60,9 @@ std::string_view FormatName(zqotrc::TraceFormat format);
 /// What holds for a setting now, as a person reads it.
 std::string ValueInForce(const zqotrc::TraceConfig& config, const Setting& setting);
 
+/// Whether a setting is looked at with the output that is in force.
+bool IsRead(const zqotrc::TraceConfig& config, const Setting& setting);
+
 /// Whether the server's lines at a bit pass, and why or why not.
 struct Passing {
   bool passes;

@@ -1,10 +1,11 @@
 #include "traceview/TraceStats.h"
 
 #include <algorithm>
-#include <iterator>
 #include <map>
 #include <numeric>
 #include <tuple>
+
+#include "traceview/LineVerdict.h"
 
 namespace traceview {
 namespace {
@@ -36,23 +37,19 @@ void Close(OpenCall& call, std::vector<std::int64_t>& durations) {
   call = {};
 }
 
-/// The text from its first character on: two commands open with a blank in front of their `>>`.
-std::string_view WithoutLeadingBlanks(std::string_view text) {
-  return text.substr(std::min(text.find_first_not_of(' '), text.size()));
-}
-
 void Count(Collected& function, const TraceLine& line) {
   ++function.stats.lines;
-  if (TellsFailure(line)) ++function.stats.errors;
-  const std::string_view text = WithoutLeadingBlanks(line.text);
-  const bool starts = text.starts_with(">>");
+  const Mark mark = MarkOf(line);
+  if (mark == Mark::kError) ++function.stats.errors;
+  if (mark == Mark::kNotice) ++function.stats.notices;
+  const bool starts = OpensCall(line);
   if (starts) ++function.stats.calls;
   if (line.microseconds < 0) return;
   OpenCall& call = function.calls[{line.process, line.thread}];
   if (starts) {
     Close(call, function.durations);
     call = {/*open=*/true, /*ended=*/false, line.microseconds, /*end=*/0, line.layout};
-  } else if (call.open && text.starts_with("<<")) {
+  } else if (call.open && MayCloseCall(line)) {
     call.ended = true;
     call.end = line.microseconds;
   }
@@ -73,29 +70,7 @@ FunctionStats Finish(Collected& function) {
   return stats;
 }
 
-/// "result = 0x5", but not "result = 0x0".
-bool HasBadResult(std::string_view text) {
-  constexpr std::string_view kResult = "result = 0x";
-  const std::size_t at = text.find(kResult);
-  if (at == std::string_view::npos) return false;
-  const std::string_view digits = text.substr(at + kResult.size());
-  const std::size_t end =
-      std::min(digits.find_first_not_of("0123456789abcdefABCDEF"), digits.size());
-  return digits.substr(0, end).find_first_not_of('0') != std::string_view::npos;
-}
-
 }  // namespace
-
-bool TellsFailure(const TraceLine& line) {
-  if (line.layout == Layout::kError) return true;
-  static constexpr std::string_view kWords[] = {"failed", "Couldn't", "ERROR",   "Error",
-                                                "Fehler", "OVERFLOW", "is wrong"};
-  const std::string_view text = line.text;
-  return text.starts_with("Exception") || HasBadResult(text) ||
-         std::any_of(std::begin(kWords), std::end(kWords), [text](std::string_view word) {
-           return text.find(word) != std::string_view::npos;
-         });
-}
 
 std::vector<FunctionStats> StatsOf(std::span<const TraceLine> lines) {
   std::map<std::string, Collected> functions;

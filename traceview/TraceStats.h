@@ -15,9 +15,10 @@ namespace traceview {
 struct FunctionStats {
   std::string name;
   std::uint64_t lines = 0;
-  std::uint64_t calls = 0;   ///< lines that open with ">>"
-  std::uint64_t errors = 0;  ///< lines that tell of a failure
-  std::uint64_t timed = 0;   ///< calls whose end is known as well as their start
+  std::uint64_t calls = 0;    ///< lines that open a call
+  std::uint64_t errors = 0;   ///< lines that tell of a failure
+  std::uint64_t notices = 0;  ///< lines with a result other than 0 that are no error
+  std::uint64_t timed = 0;    ///< calls whose end is known as well as their start
   /// Of these, in microseconds, from the first to the last line of the call.
   std::int64_t shortest = 0;
   std::int64_t mean = 0;
@@ -25,12 +26,9 @@ struct FunctionStats {
   std::int64_t p99 = 0;  ///< 99 of 100 calls took no longer
 };
 
-/// Whether a line tells of a failure: an exception, a result that is not 0, or one of the words
-/// that error lines are made of.
-bool TellsFailure(const TraceLine& line);
-
-/// The functions of the lines, those with most lines first. A call goes from its ">>" line to the
-/// last "<<" line of the same function, process and thread in front of the next ">>".
+/// The functions of the lines, those with most lines first. A call goes from the line that opens it
+/// to the last line of the same function, process and thread that may close it, in front of the
+/// next call. LineVerdict.h says what errors, notices and these lines are.
 std::vector<FunctionStats> StatsOf(std::span<const TraceLine> lines);
 
 }  // namespace traceview

@@ -22,30 +22,28 @@ using testing::HasSubstr;
 using testing::SizeIs;
 
 constexpr char kLibrary[] = "boardsvc32.dll";
-constexpr char kInventory[] = "library_win_test.ini";
-constexpr char kLog[] = "library_win_test.log";
 constexpr char kBoardLock[] = "QorlixSrv_BC_Lock_Mutex";
 
 class LibraryWinTest : public testing::Test {
  protected:
   void SetUp() override {
     log_device_setup::Clear();
-    (void)std::remove(kLog);
-    SetEnvironmentVariableA("QORLIX_BOARD_LOG", kLog);
+    (void)std::remove(log_.c_str());
+    SetEnvironmentVariableA("QORLIX_BOARD_LOG", log_.c_str());
   }
 
   void TearDown() override {
     if (library_ != nullptr) FreeLibrary(library_);
     SetEnvironmentVariableA("QORLIX_BOARD_INVENTORY", nullptr);
     SetEnvironmentVariableA("QORLIX_BOARD_LOG", nullptr);
-    (void)std::remove(kInventory);
-    (void)std::remove(kLog);
+    (void)std::remove(inventory_.c_str());
+    (void)std::remove(log_.c_str());
     log_device_setup::Clear();
   }
 
   void Load(const std::string& inventory) {
-    std::ofstream(kInventory, std::ios::binary) << inventory;
-    LoadFile(kInventory);
+    std::ofstream(inventory_, std::ios::binary) << inventory;
+    LoadFile(inventory_);
   }
 
   void LoadFile(const std::string& path) {
@@ -68,13 +66,15 @@ class LibraryWinTest : public testing::Test {
     return function != nullptr ? function() : 0xFFFFFFFF;
   }
 
-  static std::vector<std::string> Log() {
-    std::ifstream file(kLog, std::ios::binary);
+  std::vector<std::string> Log() const {
+    std::ifstream file(log_, std::ios::binary);
     std::vector<std::string> lines;
     for (std::string line; std::getline(file, line);) lines.push_back(line);
     return lines;
   }
 
+  const std::string inventory_ = testing::TempDir() + "library_win_test.ini";
+  const std::string log_ = testing::TempDir() + "library_win_test.log";
   HMODULE library_ = nullptr;
 };
 

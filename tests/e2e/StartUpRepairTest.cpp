@@ -360,6 +360,8 @@ TEST_F(StartUpRepairTest, AClientsTextOfAnyLengthIsCutAtTheEndOfTheLine) {
     ASSERT_TRUE(client.Answers(Wire("2401"), Wire("0400 00000000")));
     Lines lines;
     for (const std::string& line : AllLinesOnceItWaits()) {
+      // The last line of the request before this one may come late.
+      if (lines.empty() && !line.ends_with("--> start")) continue;
       if (line.starts_with("BC_Plausibilitaet") || line.starts_with("Send:")) lines.push_back(line);
     }
     const std::string begin = "BC_PlausibilitaetBL:  ";

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tests/e2e/ServerProcess.h"
+#include "tests/e2e/Tool.h"
 #include "tests/e2e/WireClient.h"
 #include "tests/support/RegistryKeyScratch.h"
 
@@ -24,79 +25,11 @@ using testing::HasSubstr;
 using testing::Not;
 
 constexpr DWORD kPatience = 20000;
-constexpr DWORD kPause = 20;
 
 std::string Contents(const std::string& path) {
   std::ifstream stream(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(stream), {}};
 }
-
-std::string Folder() {
-  char folder[MAX_PATH] = "";
-  (void)GetTempPathA(sizeof(folder), folder);
-  return folder;
-}
-
-/// qorlixctl on its way, with its output in a file.
-class Tool {
- public:
-  explicit Tool(const std::string& arguments) {
-    SECURITY_ATTRIBUTES inherited = {sizeof(inherited), nullptr, /*bInheritHandle=*/TRUE};
-    const HANDLE file =
-        CreateFileA(OutputFile().c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                    &inherited, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    STARTUPINFOA start = {};
-    start.cb = sizeof(start);
-    start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdOutput = file;
-    start.hStdError = file;
-    std::string command = Program() + " " + arguments;
-    PROCESS_INFORMATION process = {};
-    EXPECT_NE(CreateProcessA(nullptr, command.data(), nullptr, nullptr, /*bInheritHandles=*/TRUE,
-                             CREATE_NO_WINDOW, nullptr, nullptr, &start, &process),
-              FALSE);
-    (void)CloseHandle(file);
-    (void)CloseHandle(process.hThread);
-    process_ = process.hProcess;
-  }
-  ~Tool() {
-    (void)TerminateProcess(process_, 9);
-    (void)WaitForSingleObject(process_, kPatience);
-    (void)CloseHandle(process_);
-    (void)DeleteFileA(OutputFile().c_str());
-  }
-  Tool(const Tool&) = delete;
-  Tool& operator=(const Tool&) = delete;
-
-  DWORD ExitCode() const {
-    DWORD code = 0;
-    EXPECT_EQ(WaitForSingleObject(process_, kPatience), WAIT_OBJECT_0);
-    (void)GetExitCodeProcess(process_, &code);
-    return code;
-  }
-  std::string Output() const { return Contents(OutputFile()); }
-
-  bool Shows(const std::string& text, DWORD milliseconds) const {
-    for (DWORD waited = 0;; waited += kPause) {
-      if (Output().find(text) != std::string::npos) return true;
-      if (waited >= milliseconds) return false;
-      Sleep(kPause);
-    }
-  }
-
- private:
-  static std::string Program() {
-    const std::string server = ServerProcess::Path();
-    return '"' + server.substr(0, server.rfind('\\')) + "\\qorlixctl.exe\"";
-  }
-  std::string OutputFile() const {
-    char name[64];
-    (void)std::snprintf(name, sizeof(name), "QorlixTool%p.txt", static_cast<const void*>(this));
-    return Folder() + name;
-  }
-
-  HANDLE process_ = nullptr;
-};
 
 class TraceToolTest : public testing::Test {
  protected:
@@ -110,13 +43,11 @@ class TraceToolTest : public testing::Test {
     for (const int index : {1, 2}) (void)DeleteFileA(TraceFile(index).c_str());
   }
   static std::string TraceFile(int index) {
-    return Folder() + "QorlixTool" + std::to_string(index) + ".TRC";
+    return TemporaryFolder() + "QorlixTool" + std::to_string(index) + ".TRC";
   }
 
   static std::string Run(const std::string& arguments, DWORD expected = 0) {
-    const Tool tool(arguments);
-    EXPECT_EQ(tool.ExitCode(), expected) << arguments << '\n' << tool.Output();
-    return tool.Output();
+    return Tool::Run(arguments, expected);
   }
   static void Set(const std::string& name, const std::string& value) {
     (void)Run("trace set " + name + " " + value);
@@ -125,7 +56,7 @@ class TraceToolTest : public testing::Test {
     ASSERT_TRUE(server_.Start());
     Set("Level", "all");
     Set("zqserver_level", "all");
-    const std::string folder = Folder();
+    const std::string folder = TemporaryFolder();
     Set("Path", folder.substr(0, folder.size() - 1));
     Set("FileName", "QorlixTool");
   }

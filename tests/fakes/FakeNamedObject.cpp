@@ -74,3 +74,18 @@ std::uint32_t platform::SignalEvent(const char* name) {
   g_state.calls.push_back(std::string("signal ") + name);
   return g_state.events.count(name) != 0 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
 }
+
+HANDLE platform::CreateMarkerMutex(SECURITY_ATTRIBUTES*, const char* name, std::uint32_t& error) {
+  const NotOurs notOurs;
+  const std::lock_guard<std::mutex> lock(g_eventMutex);
+  error = g_state.mutexes ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
+  if (!g_state.mutexes) return nullptr;
+  g_state.calls.push_back(std::string("marker ") + name);
+  return &g_mutex;
+}
+
+void platform::CloseNamedObject(HANDLE handle) {
+  const NotOurs notOurs;
+  const std::lock_guard<std::mutex> lock(g_eventMutex);
+  if (handle != nullptr) g_state.calls.emplace_back("close");
+}

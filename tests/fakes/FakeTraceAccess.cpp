@@ -30,6 +30,8 @@ std::uint32_t RefreshAllTracers(std::uint32_t& generation) {
   return 0;
 }
 
+std::vector<std::string> TraceValueNames() { return TheTraceAccess().valueNames; }
+
 std::int64_t LocalTimeOfDay() { return TheTraceAccess().now; }
 
 }  // namespace traceview

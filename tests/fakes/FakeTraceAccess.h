@@ -2,6 +2,7 @@
 #define TESTS_FAKES_FAKETRACEACCESS_H_
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 /// What the native twin of traceview/TraceAccess.cpp shows.
@@ -10,6 +11,7 @@ struct FakeTraceAccess {
   bool hasGeneration = false;
   std::uint32_t generation = 0;
   std::int64_t now = 0;
+  std::vector<std::string> valueNames;  ///< of the key that holds the configuration
 };
 FakeTraceAccess& TheTraceAccess();
 

@@ -36,6 +36,7 @@ struct Made {
   std::uint32_t requests = 0;
   std::uint32_t getValues = 0;
   std::uint32_t errorLines = 0;
+  std::uint32_t refused = 0;
 };
 
 class TraceFile {
@@ -110,7 +111,7 @@ void Reply(TraceFile& trace, std::uint32_t result) {
   trace.Line("Send: ", 124, ">> Begin CQorlixSRVPipe::Send(long)");
   trace.Line(
       "Send: ", 129,
-      "<< CQorlixSRVPipe::Send SendResult=" + Hex(result) + " writeResult=0x0  DataLength=6");
+      "<< CQorlixSRVPipe::Send SendResult=" + Hex(result) + " writeResult=0x1  DataLength=6");
 }
 
 void Request(TraceFile& trace, std::uint32_t connection) {
@@ -126,6 +127,7 @@ void Request(TraceFile& trace, std::uint32_t connection) {
   if (chance == 199 && kind.function != nullptr) {
     trace.Error(kind.function, 160, "Exception: RegDeleteValue");
     result = 8604;
+    ++trace.made.errorLines;  // the line of the reply
   }
   Reply(trace, result);
   if (kind.function != nullptr) {
@@ -134,6 +136,7 @@ void Request(TraceFile& trace, std::uint32_t connection) {
                    " result = 0x0");
   }
   ++trace.made.requests;
+  if (result == 2) ++trace.made.refused;
   if (kind.code == CommandCode::Reg_GetValue) ++trace.made.getValues;
 
   Wake(trace, connection);
@@ -183,7 +186,9 @@ int main(int count, char** words) {
                                            folder + "/report.html"};
   const int exitCode = cli::RunCtl(line, output);
   (void)std::fputs(output.err.c_str(), stderr);
-  (void)std::printf("{\"lines\": %u, \"requests\": %u, \"getValues\": %u, \"errorLines\": %u}\n",
-                    made.lines, made.requests, made.getValues, made.errorLines);
+  (void)std::printf(
+      "{\"lines\": %u, \"requests\": %u, \"getValues\": %u, \"errorLines\": %u, "
+      "\"refused\": %u}\n",
+      made.lines, made.requests, made.getValues, made.errorLines, made.refused);
   return exitCode;
 }

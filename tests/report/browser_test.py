@@ -67,6 +67,8 @@ def check_summary(browser, made):
     counts = {cell[0]: int("".join(c for c in cell[1] if c.isdigit())) for cell in cells}
     check("requests of Reg_GetValue", counts.get("Reg_GetValue"), made["getValues"])
     check("requests of all commands", sum(counts.values()), made["requests"])
+    odd = sum(int("".join(c for c in cell[3] if c.isdigit())) for cell in cells)
+    check("requests with a result other than 0", odd, made["refused"])
     check_true("each command has its histogram", browser.value(
         "[...document.querySelectorAll('#commands tbody tr')].every((row) => "
         "row.querySelector('.bins span:not(.empty)'))"))
@@ -126,9 +128,11 @@ def check_filter(browser, made):
     browser.click("#commands tbody tr:first-child button")
     browser.wait_for(f"byId('lines').getAttribute('aria-rowcount') !== '{LINES}'")
     check_true("the lines of one command", browser.value(
-        "[...list.passing].every((line) => /Reg_GetValue/.test(functionOf(line)) || "
+        "[...list.passing].every((line) => trace.owner[line] >= 0 && "
         "commandName(requests[trace.owner[line]].command) === 'Reg_GetValue')"))
-    check_true("the filter stands in the address", "q=Reg_GetValue" in browser.value(
+    check("the requests they belong to", browser.value(
+        "new Set([...list.passing].map((line) => trace.owner[line])).size"), made["getValues"])
+    check_true("the filter stands in the address", "command=22" in browser.value(
         "location.hash"))
     browser.click("#filter button[type=reset]")
     wait_for_rows(browser, LINES, "rows after clearing again")

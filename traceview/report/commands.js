@@ -27,8 +27,10 @@ function showSummary() {
     addFigure('Time span', '\u2013', 'the lines carry no time');
   }
   const failed = requests.filter((request) => request.mark === kError).length;
+  const refused = requests.filter((request) => request.mark === kNotice).length;
   addFigure('Requests', numberText(requests.length),
-      failed === 0 ? 'none with an error' : numberText(failed) + ' with an error');
+      (failed === 0 ? 'none with an error' : numberText(failed) + ' with an error') + ', ' +
+      (refused === 0 ? 'none' : numberText(refused)) + ' with a result other than 0');
   const connections = new Set(trace.connection);
   connections.delete(-1);
   addFigure('Connections', numberText(connections.size), 'of 64');
@@ -94,14 +96,16 @@ function commandRow(command, group, bounds, onChoose) {
   const name = element('button', visible(commandName(command)), 'link');
   name.type = 'button';
   name.title = 'Show the lines of these requests';
-  name.addEventListener('click', () => onChoose(commandName(command)));
+  name.addEventListener('click', () => onChoose(command));
   const first = element('td');
   first.append(name);
   const failed = group.filter((request) => request.mark === kError).length;
+  const refused = group.filter((request) => request.mark === kNotice).length;
   const sorted = group.map((request) => request.duration).filter((duration) => duration >= 0)
       .sort((a, b) => a - b);
   row.append(first, element('td', numberText(group.length), 'n'),
-      element('td', numberText(failed), failed > 0 ? 'n bad' : 'n'));
+      element('td', numberText(failed), failed > 0 ? 'n bad' : 'n'),
+      element('td', numberText(refused), refused > 0 ? 'n odd' : 'n'));
   for (const share of [0.5, 0.95, 1]) {
     row.append(element('td', sorted.length === 0 ? '\u2013' :
         durationText(quantile(sorted, share)), 'n'));

@@ -1,8 +1,8 @@
 // Which lines are shown. What is chosen stands in the address as well, behind the #, so that a view
 // can be kept and sent on.
 
-const filter = {q: '', function: '', level: '', connection: '', marks: '', inSpan: false};
-const kFilterFields = ['q', 'function', 'level', 'connection', 'marks'];
+const filter = {q: '', function: '', command: '', level: '', connection: '', marks: '', inSpan: false};
+const kFilterFields = ['q', 'function', 'command', 'level', 'connection', 'marks'];
 
 let lowerTexts = null;  // made at the first search
 
@@ -29,6 +29,7 @@ function passingLines(span) {
       {...searchWord(word.slice(1)), wanted: 0} : {...searchWord(word), wanted: 1});
   const functions = filter.function === '' ? null : placesWith(kFunction, filter.function);
   const levels = filter.level === '' ? null : placesWith(kLevel, filter.level);
+  const command = filter.command === '' ? null : Number(filter.command);
   const connection = filter.connection === '' ? null : Number(filter.connection);
   const leastMark = Number(filter.marks);
 
@@ -39,6 +40,7 @@ function passingLines(span) {
     if (trace.mark[line] < leastMark) continue;
     if (functions !== null && functions[place] === 0) continue;
     if (levels !== null && levels[place] === 0) continue;
+    if (command !== null && (owner < 0 || requests[owner].command !== command)) continue;
     if (connection !== null && trace.connection[line] !== connection) continue;
     if (span !== null && (axis[line] < span[0] || axis[line] > span[1])) continue;
     if (searches.every((s) => s.wanted === (s.places[place] | s.texts[trace.text[line]] |
@@ -53,6 +55,7 @@ function readAddress() {
   const given = new URLSearchParams(location.hash.slice(1));
   for (const field of kFilterFields) filter[field] = given.get(field) || '';
   if (!/^[012]?$/.test(filter.marks)) filter.marks = '';
+  if (!/^\d{0,10}$/.test(filter.command)) filter.command = '';
   if (!/^(-1|\d{1,2})?$/.test(filter.connection)) filter.connection = '';
   return given.get('line') === null ? -1 : Number(given.get('line')) - 1;
 }
@@ -87,11 +90,19 @@ function fillChoices() {
     option.value = value;
     byId(id).append(option);
   };
+  const commands = new Map();
+  for (const request of requests) {
+    commands.set(request.command, (commands.get(request.command) || 0) + 1);
+  }
   const alike = (a, b) => a[0] < b[0] ? -1 : 1;
   const kMostChoices = 500;
   const named = [...functions].filter(([name]) => name !== '').sort((a, b) => b[1] - a[1]);
   for (const [name, many] of named.slice(0, kMostChoices).sort(alike)) {
     add('function', name, name, many);
+  }
+  const asked = [...commands].sort((a, b) => b[1] - a[1]).slice(0, kMostChoices);
+  for (const [command, many] of asked.sort((a, b) => a[0] - b[0])) {
+    add('command', command, commandName(command), many);
   }
   for (const [level, many] of [...levels].slice(0, kMostChoices).sort(alike)) {
     const meaning = levelNames.get(level);

@@ -75,6 +75,18 @@ function applyFilter() {
   writeAddress(list.chosen < 0 ? -1 : list.passing[list.chosen]);
 }
 
+// A rare command may not be among the choices.
+function chooseCommand(command) {
+  const choices = byId('command');
+  choices.value = command;
+  if (choices.selectedIndex === -1) {
+    const option = element('option', commandName(command));
+    option.value = command;
+    choices.append(option);
+    choices.value = command;
+  }
+}
+
 function startFilter() {
   let waiting = 0;
   const soon = () => {
@@ -82,7 +94,7 @@ function startFilter() {
     waiting = setTimeout(applyFilter, 120);
   };
   byId('q').addEventListener('input', soon);
-  for (const id of ['function', 'level', 'connection', 'marks', 'in-span']) {
+  for (const id of ['function', 'command', 'level', 'connection', 'marks', 'in-span']) {
     byId(id).addEventListener('change', applyFilter);
   }
   byId('filter').addEventListener('submit', (event) => {
@@ -123,8 +135,8 @@ function start() {
   showSummary();
   fillChoices();
   startTimeline();
-  showCommands((name) => {
-    byId('q').value = name;
+  showCommands((command) => {
+    chooseCommand(command);
     applyFilter();
     byId('lines').scrollIntoView({block: 'nearest'});
   });

@@ -1,0 +1,158 @@
+#include "doctor/Findings.h"
+#include "doctor/PluginValue.h"
+
+namespace doctor {
+namespace {
+
+constexpr char kTree[] = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vesmark\\NORVA";
+constexpr std::size_t kGateRoom = 8160;   // bytes that the server reads of the gate
+constexpr std::size_t kDeviceRoom = 260;  // bytes that it reads of a device's value
+
+std::string TextOf(const ValueFacts& value) {
+  return value.bytes.substr(0, value.bytes.find('\0'));
+}
+
+Finding Gate(const ValueFacts& setUp) {
+  static constexpr char kName[] = "SetupSucceeded";
+  const std::string text = TextOf(setUp);
+  if (!setUp.isThere || setUp.bytes.size() > kGateRoom) {
+    return {Severity::Warning, "set-up",
+            std::string(kName) + (setUp.isThere ? " is too long to be read" : " is missing") +
+                ": hardware identifiers are not repaired and nothing is checked when the server "
+                "starts",
+            "let the stack's set-up finish; it writes the value, clients cannot"};
+  }
+  if (text.empty() || text == "0") {
+    return {Severity::Warning, "set-up",
+            std::string(kName) + (text.empty() ? " is empty or 0" : " is \"0\"") +
+                ": a set-up is going on, or failed; nothing is repaired or checked when the "
+                "server starts",
+            "let the stack's set-up finish, then start the server anew"};
+  }
+  return {Severity::Ok, "set-up",
+          std::string(kName) + " is set: the server repairs and checks when it starts", ""};
+}
+
+/// One of a device's two plug-ins.
+struct Plugin {
+  const DeviceFacts& device;
+  const char* valueName;
+  const char* command;
+  const ValueFacts& value;
+  ImageKind kind;
+};
+
+std::string Of(const Plugin& plugin) { return plugin.device.name + ", " + plugin.valueName; }
+
+std::string Remedy(const Plugin& plugin) {
+  return "'qorlixctl reg set SOFTWARE\\Vesmark\\NORVA\\DefDevices\\DeviceID\\" +
+         plugin.device.name + ' ' + plugin.valueName + " LIBRARY,FUNCTION'";
+}
+
+// What the value itself says, whatever lies on the disk. \returns whether it is sound.
+bool ExamineText(const Plugin& plugin, const PluginValue& value, Findings& findings) {
+  const std::string quoted = '"' + TextOf(plugin.value) + '"';
+  const std::size_t before = findings.size();
+  if (plugin.value.bytes.size() > kDeviceRoom) {
+    findings.push_back({Severity::Error, "device",
+                        Of(plugin) + ": longer than the 260 bytes that are read: '" +
+                            plugin.command + "' answers 234",
+                        Remedy(plugin)});
+    return false;
+  }
+  if (!value.hasComma || value.function.empty()) {
+    findings.push_back({Severity::Error, "device",
+                        Of(plugin) + ": " + quoted +
+                            (value.hasComma ? " names no function behind its comma"
+                                            : " has no comma, so it names no function"),
+                        Remedy(plugin)});
+  }
+  if (value.library.find("..") != std::string::npos) {
+    findings.push_back({Severity::Error, "device",
+                        Of(plugin) + ": " + quoted +
+                            " leads out of the system directory, and is loaded all the same",
+                        "put the library into the system directory, and name it without a path"});
+  } else if (value.library.find_first_of("\\/:") != std::string::npos) {
+    findings.push_back({Severity::Warning, "device",
+                        Of(plugin) + ": " + quoted +
+                            " has a path; it is appended to the system directory as it is",
+                        "put the library into the system directory, and name it without a path"});
+  }
+  if (value.library.find(' ') != std::string::npos ||
+      value.function.find(' ') != std::string::npos) {
+    findings.push_back(
+        {Severity::Warning, "device",
+         Of(plugin) + ": " + quoted + " has a blank, which counts as part of the name",
+         Remedy(plugin)});
+  }
+  return findings.size() == before;
+}
+
+void ExaminePlugin(const Plugin& plugin, Findings& findings) {
+  if (!plugin.value.isThere) {
+    findings.push_back({Severity::Note, "device",
+                        Of(plugin) + ": not there, so '" + plugin.command + "' answers 2",
+                        Remedy(plugin)});
+    return;
+  }
+  const PluginValue value = ParsePluginValue(plugin.value.bytes);
+  const bool isSound = ExamineText(plugin, value, findings);
+  const std::string library = Of(plugin) + ": " + value.library;
+  switch (plugin.kind) {
+    case ImageKind::Missing:
+      findings.push_back(
+          {Severity::Error, "device",
+           library + " is not in the system directory: '" + plugin.command + "' answers 126",
+           "put it there, or install the device's software anew"});
+      return;
+    case ImageKind::NoImage:
+    case ImageKind::Other:
+      findings.push_back({Severity::Error, "device",
+                          library + " is no 32-bit library: '" + plugin.command + "' answers 193",
+                          "put the 32-bit one there"});
+      return;
+    case ImageKind::Unreadable:
+      findings.push_back({Severity::Warning, "device", library + " cannot be read",
+                          "see who may read it: 'icacls' with its path"});
+      return;
+    case ImageKind::Fitting:
+      if (isSound) findings.push_back({Severity::Ok, "device", library + " is there", ""});
+      return;
+  }
+}
+
+}  // namespace
+
+void ExamineRegistry(const Facts& facts, Findings& findings) {
+  if (facts.hasTree) {
+    findings.push_back({Severity::Ok, "registry", std::string(kTree) + " is there", ""});
+  } else {
+    findings.push_back({Severity::Error, "registry",
+                        std::string(kTree) + " is missing or cannot be read: the stack is not set "
+                                             "up",
+                        "run the stack's set-up"});
+  }
+  findings.push_back(Gate(facts.setUp));
+}
+
+void ExamineDevices(const std::vector<DeviceFacts>& devices, Findings& findings) {
+  if (devices.empty()) {
+    findings.push_back({Severity::Note, "device",
+                        "no device is registered below DefDevices\\DeviceID: 'install' and "
+                        "'deinstall' answer 2",
+                        ""});
+  }
+  for (const DeviceFacts& device : devices) {
+    if (!device.hardwareId.isThere) {
+      findings.push_back({Severity::Error, "device",
+                          device.name + " has no HardwareID: 'install' and 'deinstall' answer 2",
+                          "install the device's software anew"});
+    }
+    ExaminePlugin({device, "Installer", "install", device.installer, device.installerKind},
+                  findings);
+    ExaminePlugin({device, "Deinstaller", "deinstall", device.deinstaller, device.deinstallerKind},
+                  findings);
+  }
+}
+
+}  // namespace doctor
