@@ -108,6 +108,13 @@ check 'and takes all types' value "$sources\\MIREL RegistryOperation" TypesSuppo
 check 'the source of the trace is registered' \
   value "$sources\\Zqotrc" EventMessageFile "$program"
 check 'and its category has a name' value "$sources\\Zqotrc" CategoryCount 0x1
+# doctor_is_content: with what it finds of both sources.
+doctor_is_content() {
+  wine "$home/qorlixctl.exe" doctor </dev/null | tr -d '\r' | grep ' event log ' >"$work/doctor"
+  cat "$work/doctor"
+  [ "$(grep -c '^ok ' "$work/doctor")" -eq 2 ] && ! grep -v '^ok ' "$work/doctor"
+}
+check 'qorlixctl doctor finds both sources in order' doctor_is_content
 check 'the system can list the program' value "$uninstall" DisplayName QorlixSRV
 check 'and knows how to remove it silently' \
   value "$uninstall" QuietUninstallString '"C:\Program Files\QorlixSRV\Uninstall.exe" /S'
