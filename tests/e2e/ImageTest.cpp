@@ -15,10 +15,12 @@
 namespace e2e {
 namespace {
 
+using testing::AllOf;
 using testing::Contains;
 using testing::HasSubstr;
 using testing::IsSubsetOf;
 using testing::Not;
+using testing::StartsWith;
 
 // The program as a file, looked at without being run.
 class ImageTest : public testing::Test {
@@ -152,6 +154,29 @@ TEST_F(ImageTest, VersionResourceNamesTheProgram) {
   EXPECT_THAT(version, HasSubstr(Wide("VS_VERSION_INFO")));
   EXPECT_THAT(version, HasSubstr(Wide("FileVersion")));
   EXPECT_THAT(version, HasSubstr(Wide("QorlixSRV.exe")));
+}
+
+// What the event viewer makes of an event of this number and these texts.
+std::string EventText(DWORD id, const char* first, const char* second) {
+  const HMODULE module =
+      LoadLibraryExA(ServerProcess::Path().c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+  DWORD_PTR texts[] = {reinterpret_cast<DWORD_PTR>(first), reinterpret_cast<DWORD_PTR>(second)};
+  char text[512] = "";
+  const DWORD length =
+      FormatMessageA(FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_ARGUMENT_ARRAY, module, id,
+                     /*dwLanguageId=*/0, text, sizeof(text), reinterpret_cast<va_list*>(texts));
+  FreeLibrary(module);
+  return std::string(text, length);
+}
+
+TEST_F(ImageTest, ProgramHasTheTextsOfItsEvents) {
+  EXPECT_THAT(EventText(0, "Invalid Access to Reg-Key: X", ""),
+              StartsWith("Invalid Access to Reg-Key: X"));
+  EXPECT_THAT(EventText(0xC0001400, "C:\\engine.dll", ""), HasSubstr("loaded: C:\\engine.dll"));
+  EXPECT_THAT(EventText(0xC0001401, "ZqOpen", ""), HasSubstr("lacks the function ZqOpen."));
+  EXPECT_THAT(EventText(0x80001402, "ZqWrite", "a line"),
+              AllOf(HasSubstr("function ZqWrite of"), HasSubstr("The line was: a line")));
+  EXPECT_THAT(EventText(1, "", ""), StartsWith("Trace")) << "the category of the trace's events";
 }
 
 }  // namespace
