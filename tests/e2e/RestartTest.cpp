@@ -7,6 +7,8 @@ namespace e2e::restart {
 NamedEvent::NamedEvent(const std::string& name)
     : event_(CreateEventA(nullptr, /*bManualReset=*/TRUE, FALSE, name.c_str())) {
   EXPECT_NE(event_, nullptr) << name << ": error " << GetLastError();
+  // The server may still hold, for a moment, the event that an earlier test had under this name.
+  (void)ResetEvent(event_);
 }
 
 NamedEvent::~NamedEvent() { CloseHandle(event_); }
