@@ -28,6 +28,11 @@ void QorlixClient::SetTimeouts(std::uint32_t connectMs, std::uint32_t exchangeMs
 }
 
 Result QorlixClient::Connect() noexcept {
+  if (!GivesWay()) return {Origin::Request, kCallUnderway};
+  return EnsureConnected();
+}
+
+Result QorlixClient::EnsureConnected() noexcept {
   if (pipe_.IsOpen()) return {};
   received_ = 0;
   consumed_ = 0;
@@ -58,7 +63,7 @@ bool QorlixClient::GivesWay() noexcept {
 }
 
 Result QorlixClient::Write(Bytes bytes, std::uint32_t timeoutMs) noexcept {
-  const Result connected = Connect();
+  const Result connected = EnsureConnected();
   if (!connected.ok()) return connected;
   const std::uint32_t code =
       pipe_.Write(bytes.data(), static_cast<std::uint32_t>(bytes.size()), timeoutMs);

@@ -162,6 +162,7 @@ class QorlixClient {
     bool lingers = false;
   };
 
+  Result EnsureConnected() noexcept;
   Result CheckServer() noexcept;
   Result StartOf(Bytes request, std::uint32_t timeoutMs) noexcept;
   Result Write(Bytes bytes, std::uint32_t timeoutMs) noexcept;

@@ -92,7 +92,7 @@ Findings Examine(const Facts& facts) {
   ExamineLibraries(facts, findings);
   ExamineEngine(facts, findings);
   ExamineRegistry(facts, findings);
-  ExamineDevices(facts.devices, findings);
+  ExamineDevices(facts, findings);
   ExamineTrace(facts.trace, findings);
   ExamineSources(facts.sources, findings);
   return findings;

@@ -76,6 +76,11 @@ TEST_F(FindingsTest, InstancesThatCannotBeSeenAreANote) {
   ExpectOnly("note pipe: how many instances", "");
 }
 
+TEST_F(FindingsTest, APipeOfAnotherUserIsAnErrorOfItsOwn) {
+  facts_.pipe.answer = 1307;
+  ExpectOnly("error pipe: \\\\.\\pipe\\P belongs to another user", "find out who started");
+}
+
 TEST_F(FindingsTest, AServerThatDoesNotAnswerIsAnError) {
   facts_.pipe.answer = 258;
   ExpectOnly("error pipe: the server does not answer as it should: code 258", "message box");

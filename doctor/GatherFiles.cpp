@@ -79,6 +79,8 @@ ImageKind KindOfFile(const std::string& path) {
     return GetFileAttributesA(path.c_str()) == INVALID_FILE_ATTRIBUTES ? ImageKind::Missing
                                                                        : ImageKind::Unreadable;
   }
+  // A plug-in's name may be that of a device, CON say, and whoever reads that waits for a key.
+  if (GetFileType(file.get()) != FILE_TYPE_DISK) return ImageKind::Unreadable;
   std::uint8_t head[kImageHead] = {};
   DWORD size = 0;
   if (ReadFile(file.get(), head, sizeof(head), &size, /*lpOverlapped=*/nullptr) == FALSE) {

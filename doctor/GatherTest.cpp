@@ -96,6 +96,8 @@ TEST(GatherTest, FilesAreWhatTheyAre) {
   (void)DeleteFileA(name);
 }
 
+TEST(GatherTest, ADeviceIsNotReadFrom) { EXPECT_EQ(KindOfFile("NUL"), ImageKind::Unreadable); }
+
 TEST(GatherTest, TheAccessListOfAFolderTellsWhoMayWrite) {
   {
     const Folder open("D:P(A;;GA;;;WD)");

@@ -106,7 +106,33 @@ TEST_F(RegistryFindingsTest, APluginLongerThanTheServerReadsIsAnError) {
   device_.installer.bytes = "x.dll," + std::string(254, 'F');
   EXPECT_EQ(Wrong(), "");
   device_.installer.bytes += 'F';
-  ExpectOnly("error device: DEMO1, Installer: longer than the 260 bytes", "LIBRARY,FUNCTION");
+  for (const ImageKind kind : {ImageKind::Fitting, ImageKind::Missing}) {
+    device_.installerKind = kind;
+    ExpectOnly("error device: DEMO1, Installer: longer than the 260 bytes", "LIBRARY,FUNCTION");
+  }
+}
+
+// What lies on the disk does not matter then.
+TEST_F(RegistryFindingsTest, APathTooLongToBeMadeIsToldAsTheServerAnswersIt) {
+  facts_.systemFolder.path = R"(C:\System)";
+  const std::string fits(259 - facts_.systemFolder.path.size() - 1, 'p');
+  device_.deinstaller.bytes = fits + ",F";
+  EXPECT_EQ(Wrong(), "");
+  device_.deinstaller.bytes = fits + "p,F";
+  for (const ImageKind kind : {ImageKind::Missing, ImageKind::Fitting}) {
+    device_.deinstallerKind = kind;
+    ExpectOnly(
+        "error device: DEMO1, Deinstaller: the path of its library has 260 bytes, 259 are the "
+        "most: 'deinstall' answers 34",
+        "LIBRARY,FUNCTION");
+  }
+}
+
+TEST_F(RegistryFindingsTest, AHardwareIdLongerThanTheServerReadsIsAnError) {
+  device_.hardwareId.bytes = std::string(260, 'H');
+  EXPECT_EQ(Wrong(), "");
+  device_.hardwareId.bytes += 'H';
+  ExpectOnly("error device: DEMO1, HardwareID: longer than the 260 bytes", "software anew");
 }
 
 TEST(PluginValueTest, ItIsSplitAtItsFirstCommaAndEndsAtItsFirstZeroByte) {

@@ -48,7 +48,7 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
   }
   ZQ_TRACE(TRC_PROGRESS, kFct, "namedMutex erfolgreich angelegt!");
 
-  // The process's one timer. No command starts it; it is there for parts that come to need it.
+  // The process's one timer, which lives as long as the server. No command starts it.
   const CElapsedTimer elapsedTimer(general.Attributes());
 
   auto* const server = new CQorlixSRVPipe(pipe.Attributes());

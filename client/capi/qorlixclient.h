@@ -263,8 +263,8 @@ qorlix_status QORLIX_CALL qorlix_begin_request(qorlix_client* client, const qorl
 qorlix_status QORLIX_CALL qorlix_wait(qorlix_client* client, uint32_t timeout_ms, void* reply,
                                       uint32_t capacity, uint32_t* reply_size) QORLIX_NOEXCEPT;
 /* Ends the call that another thread makes, or that was begun: it comes to QORLIX_ERR_RECEIVE (or
- * QORLIX_ERR_CONNECT) with 1223. Without one nothing happens. What the server has read it carries
- * out all the same. Any thread may call it, as long as the client is open. */
+ * QORLIX_ERR_CONNECT or QORLIX_ERR_SEND) with 1223. Without one nothing happens. What the server
+ * has read it carries out all the same. Any thread may call it, as long as the client is open. */
 void QORLIX_CALL qorlix_cancel(qorlix_client* client) QORLIX_NOEXCEPT;
 
 #ifdef __cplusplus

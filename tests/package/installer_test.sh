@@ -140,6 +140,17 @@ build_client() {
 }
 check 'a client is built with what is installed' build_client
 check 'and reaches it' exits 0 wine "$work/client.exe"
+# build_c_client: the example, with the header and the library that are installed.
+build_c_client() {
+  "$compiler" -x c -std=c99 -I"$home/include" "$home/examples/c/hello.c" -x none -L"$home/lib" \
+    -lqorlixclient -static -o "$work/hello.exe" && cp "$home/lib/qorlixclient.dll" "$work"
+}
+# greets CODE TEXT: what the program in C says and ends with.
+greets() {
+  exits "$1" wine "$work/hello.exe" >"$work/said" && tr -d '\r' <"$work/said" | grep -Fx -- "$2"
+}
+check 'a program in C is built with what is installed' build_c_client
+check 'and the server answers it' greets 1 'refused: the key, value or file does not exist'
 check 'it works on the registry' exits 0 ctl reg create "$kept"
 check 'while it runs it cannot be installed over' exits 3 wine "$setup" /S '/D=C:\Stack\Server'
 check 'nor elsewhere' exits 3 wine "$setup" /S '/D=C:\Stack\Other'
