@@ -38,13 +38,21 @@ class Machine:
             self.env.pop(name, None)
         self.work = self.prefix / "drive_c" / "QorlixDocuments"  # where a prompt stands
 
+        self.start_wine()
+        self.clean()
+
     def close(self) -> None:
+        self.clean()
+        self.shell([". tools/wine-env.sh; wine_stop"])
+        shutil.rmtree(self.scratch)
+
+    def clean(self) -> None:
+        """Takes away what commands leave, those of a run that was ended by force as well."""
         self.stop_server()
         self.wine("reg", "delete", ROOT_KEY + "SOFTWARE\\Vesmark", "/f")
-        self.shell(["tools/place-standins.sh --remove", ". tools/wine-env.sh; wine_stop"])
-        for folder in (self.scratch, self.work, *(self.prefix / "drive_c" / name for name in
-                                                  ("Tracing", "TMP", "inventories", "Stack"))):
-            shutil.rmtree(folder, ignore_errors=True)
+        self.shell(["tools/place-standins.sh --remove"])
+        for name in (self.work.name, "Tracing", "TMP", "inventories", "Stack", "QorlixTour"):
+            shutil.rmtree(self.prefix / "drive_c" / name, ignore_errors=True)
 
     @staticmethod
     def windows_path(path: pathlib.Path) -> str:
@@ -63,17 +71,17 @@ class Machine:
         script.write_text("\n".join(lines) + "\n")
         return self._run(["bash", str(script)], len(commands), self.root)
 
-    def prompt(self, commands: list) -> list:
+    def prompt(self, commands: list, folder: str = "") -> list:
         """The same at a Windows prompt. A batch file waits for a program without a console, which a
         prompt does not."""
-        self.work.mkdir(exist_ok=True)
+        place = self.root / folder if folder else self.work
         lines = ["@echo off"]
         for command in commands:
             waits = "start " if command == "QorlixSRV.exe" else ""
             lines += [waits + command, "echo.", f"echo {MARK}%errorlevel%"]
-        (self.work / "commands.bat").write_text("\r\n".join(lines) + "\r\n")
+        (place / "commands.bat").write_text("\r\n".join(lines) + "\r\n")
         return self._run(["bash", "-c", f'. "{self.root}/tools/wine-env.sh"; '
-                          'exec wine cmd /c commands.bat'], len(commands), self.work)
+                          'exec wine cmd /c commands.bat'], len(commands), place)
 
     def _run(self, command: list, wanted: int, folder: pathlib.Path) -> list:
         # Into a file: a server that is started keeps a pipe open for as long as it lives.

@@ -18,6 +18,23 @@ COMMANDS = {"sh", "bat", "console"}
 CODE = {"c", "cpp"}
 
 
+def dead_links(pages: list) -> tuple:
+    """What is wrong with the pages' links, and how many there are."""
+    by_path = {page.path: page for page in pages}
+    problems, count = [], 0
+    for page in pages:
+        for number, link in page.links():
+            count += 1
+            path, anchor = page.target(link)
+            if re.match(r"[a-z]+:", link):
+                problems.append(f"{page.name}:{number}: {link} leads out of the sources")
+            elif not path.exists():
+                problems.append(f"{page.name}:{number}: {link} does not exist")
+            elif anchor and (path not in by_path or anchor not in by_path[path].anchors):
+                problems.append(f"{page.name}:{number}: {link}: no such heading")
+    return problems, count
+
+
 def paths() -> list:
     return [ROOT / name for name in ("README.md", "SECURITY.md", "CONTRIBUTING.md", "CHANGELOG.md")
             ] + sorted([*(ROOT / "docs").glob("*.md"), *(ROOT / "standins").rglob("*.md"),
@@ -69,9 +86,14 @@ def anchor_of(title: str) -> str:
     return re.sub(r"[^\w\- ]", "", plain).replace(" ", "-")
 
 
+# It is delivered as the package's first page, where the same folders lie beside it.
+PACKAGED = ROOT / "installer" / "README.md"
+
+
 class Page:
     def __init__(self, path: pathlib.Path, root: pathlib.Path = ROOT):
         self.path = path
+        self.folder = root if path == PACKAGED else path.parent  # what its links start from
         self.name = path.relative_to(root).as_posix()
         self.blocks, self.anchors, self.text = [], [], []  # text: (line number, line), no blocks
         block = None
@@ -96,6 +118,11 @@ class Page:
     def _add_anchor(self, anchor: str) -> None:
         same = sum(1 for one in self.anchors if re.fullmatch(re.escape(anchor) + r"(-\d+)?", one))
         self.anchors.append(f"{anchor}-{same}" if same else anchor)
+
+    def target(self, link: str) -> tuple:
+        """(path, anchor) that a link leads to."""
+        name, _, anchor = link.partition("#")
+        return (self.folder / name).resolve() if name else self.path, anchor
 
     def links(self) -> list:
         """(line number, target) of every link."""

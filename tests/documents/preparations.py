@@ -56,17 +56,32 @@ def operations_doctor(machine) -> None:
     machine.value(DEVICES + "\\DEMO1", "Installer", "..\\sampledev.dll,SampleInstall")
 
 
-def operations_package(machine) -> None:
-    """The ZIP as somebody who has unpacked it, and the installer where the prompt stands."""
+def unpack(machine) -> None:
+    """The ZIP as somebody who has got it."""
     machine.stop_server()
-    package = machine.root / "build/windows-x86/package"
-    packed, = package.glob("*.zip")
+    packed, = (machine.root / "build/windows-x86/package").glob("*.zip")
+    shutil.rmtree(machine.root / "unpacked", ignore_errors=True)
     with zipfile.ZipFile(packed) as archive:
-        archive.extractall(machine.scratch)
-    (machine.scratch / packed.stem).rename(machine.root / "unpacked")
+        archive.extractall(machine.root)
+    (machine.root / packed.stem).rename(machine.root / "unpacked")
+
+
+def operations_package(machine) -> None:
+    unpack(machine)
     shutil.copy(pages.ROOT / "tests/package/client.cpp", machine.root / "unpacked")
-    setup, = package.glob("*-setup.exe")
+    setup, = (machine.root / "build/windows-x86/package").glob("*-setup.exe")
     shutil.copy(setup, machine.work)
+
+
+def packaged_start(machine) -> None:
+    """The vendor's library is where the page asks for it."""
+    unpack(machine)
+    shutil.copy(machine.root / "unpacked/standins/boardsvc32/boardsvc32.dll",
+                machine.root / "unpacked")
+
+
+def packaged_simulator(machine) -> None:
+    (machine.root / "unpacked/boardsvc32.dll").unlink()
 
 
 def trace_begins(machine) -> None:
@@ -126,6 +141,8 @@ BEFORE = {
     ("docs/operations.md", "plug-ins", 0): demo_device,
     ("docs/operations.md", "doctor", 0): operations_doctor,
     ("docs/operations.md", "installing", 0): operations_package,
+    ("installer/README.md", "start-it", 0): packaged_start,
+    ("installer/README.md", "start-it", 1): packaged_simulator,
     ("docs/trace.md", "switch-it-on", 0): trace_begins,
     ("docs/trace.md", "switch-it-on", 1): trace_something,
     ("docs/trace.md", "read-it", 0): trace_lines,
@@ -135,8 +152,9 @@ BEFORE = {
     ("standins/boardsvc32/README.md", "getting-started", 1): simulator_works,
 }
 
-# Where a block's commands are run that are not for the root of the sources.
-LATER = {"docs/operations.md#installing": "unpacked"}
+# Where commands are run that are not for the root of the sources, or a prompt's own folder.
+FOLDERS = {("docs/operations.md", "installing", "$"): ["unpacked"],
+           ("installer/README.md", "start-it", ">"): ["unpacked"]}
 
 # Commands that do not end with 0.
 EXITS = {"qorlixctl board uninitialized": 1, "qorlixctl doctor": 1}
