@@ -18,9 +18,9 @@ def part_of_test(command: str) -> str:
 def help_names(match: re.Match) -> str:
     """The PowerShell line's verb stands in the help, its options in the help of the verb."""
     words = match.group(1).split()
-    options = " && ".join(f"tools/ctl help {words[0]} | grep -q -e '{word}\\b'"
-                          for word in words if word.startswith("--"))
-    return f"tools/ctl help >/dev/null && {options or 'true'}"
+    options = "".join(f" && grep -q -e '{word}\\b' listed" for word in words
+                      if word.startswith("--"))
+    return f"tools/ctl help {words[0]} > listed 2>&1{options}"
 
 
 RULES = [
