@@ -10,10 +10,11 @@ import sys
 import time
 import unittest
 
-import pages
-import rules
-from machine import Machine
-from preparations import AFTER, BEFORE, EXITS, FOLDERS, VARIES
+sys.dont_write_bytecode = True
+import pages  # noqa: E402
+import rules  # noqa: E402
+from machine import Machine  # noqa: E402
+from preparations import AFTER, BEFORE, EXITS, FOLDERS, VARIES  # noqa: E402
 
 
 def plain(lines: list, varies: list) -> list:
@@ -108,6 +109,37 @@ class CommandsTest(unittest.TestCase):
             if not shows(expected, found):
                 self.assertEqual("\n".join(found), "\n".join(expected))  # shows where they differ
                 self.fail("the output is another one")
+
+
+class ListsTest(unittest.TestCase):
+    """What is said about commands is about commands that there are."""
+
+    def setUp(self):
+        self.pages = [pages.Page(path) for path in pages.paths()]
+        self.commands = [(block, command) for page in self.pages for block in page.blocks
+                         if block.kind in pages.COMMANDS for command in block.commands()]
+
+    def test_every_rule_has_a_command(self):
+        for pattern, reason, _ in [*rules.RULES, rules.POWERSHELL]:
+            used = any(re.fullmatch(pattern, command.text) for _, command in self.commands)
+            self.assertTrue(used and reason, pattern)
+        for long in rules.SHORTER:
+            self.assertTrue(any(long in command.text for _, command in self.commands), long)
+
+    def test_every_preparation_and_expectation_has_its_place(self):
+        texts = {command.text for _, command in self.commands}
+        self.assertEqual(set(EXITS) - texts, set())
+        self.assertEqual(set(VARIES) - texts, {""})
+        self.assertEqual(set(AFTER) - {page.name for page in self.pages}, set())
+        places = {(block.page, block.section, command.prompt) for block, command in self.commands}
+        self.assertEqual(set(FOLDERS) - places, set())
+        numbered = set()
+        for page in self.pages:
+            seen = collections.Counter()
+            for block in page.blocks:
+                numbered.add((block.page, block.section, seen[block.section]))
+                seen[block.section] += 1
+        self.assertEqual(set(BEFORE) - numbered, set())
 
 
 class CodeTest(unittest.TestCase):

@@ -6,7 +6,8 @@ import subprocess
 import sys
 import unittest
 
-import pages
+sys.dont_write_bytecode = True
+import pages  # noqa: E402
 
 # A line of a block that nobody would run unless it says so.
 COMMAND = re.compile(r"\s*(\$ |> |PS> |\./|tools/|bench/|build/|qorlixctl |QorlixSRV\.exe|cmake |"

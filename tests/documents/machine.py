@@ -25,8 +25,7 @@ class Machine:
     def __init__(self, build: pathlib.Path):
         self.scratch = pathlib.Path(tempfile.mkdtemp(prefix="qorlix-documents."))
         self.root = self.scratch / "sources"
-        shutil.copytree(ROOT, self.root, symlinks=True,
-                        ignore=lambda folder, _: ["build", ".git"] if folder == str(ROOT) else [])
+        shutil.copytree(ROOT, self.root, symlinks=True, ignore=self._not_sources)
         (self.root / "build").mkdir()
         for built in build.parent.iterdir():
             if built.is_dir() and (built / "build.ninja").exists():
@@ -53,6 +52,14 @@ class Machine:
         self.shell(["tools/place-standins.sh --remove"])
         for name in (self.work.name, "Tracing", "TMP", "inventories", "Stack", "QorlixTour"):
             shutil.rmtree(self.prefix / "drive_c" / name, ignore_errors=True)
+
+    @staticmethod
+    def _not_sources(folder: str, names: list) -> list:
+        if folder != str(ROOT):
+            return ["__pycache__"]
+        # Programs of tests may make and delete files here meanwhile.
+        return [name for name in names if name in ("build", ".git")
+                or name.endswith((".ini", ".log"))]
 
     @staticmethod
     def windows_path(path: pathlib.Path) -> str:

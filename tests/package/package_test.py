@@ -13,6 +13,7 @@ import unittest
 import zipfile
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "documents"))
+sys.dont_write_bytecode = True
 import pages  # noqa: E402
 
 
