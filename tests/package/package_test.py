@@ -13,6 +13,10 @@ import tempfile
 import unittest
 import zipfile
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "documents"))
+sys.dont_write_bytecode = True
+import pages  # noqa: E402
+
 
 class PackageTest(unittest.TestCase):
     build: pathlib.Path
@@ -47,6 +51,12 @@ class PackageTest(unittest.TestCase):
                      "standins/noexport/drvinstx.dll", "standins/boardsvc32/boardsvc32.dll",
                      "standins/boardsvc32/README.md", "standins/boardsvc32/samples/plant.ini"]:
             self.assertIn(name, self.names)
+
+    def test_its_documents_lead_nowhere_else(self):
+        found = [pages.Page(path, self.root) for path in sorted(self.root.rglob("*.md"))]
+        problems, count = pages.dead_links(found)
+        self.assertEqual(problems, [])
+        self.assertGreater(count, 50)
 
     def test_no_board_library_lies_where_the_server_would_find_it(self):
         self.assertNotIn("boardsvc32.dll", self.names)
