@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <unordered_map>
 #include <utility>
 
 #include "tests/fakes/NotOurs.h"
@@ -15,7 +16,9 @@ constexpr int kEndless = 1000000;
 
 struct State {
   fault_plan::Plan plan;
-  std::map<std::string, fault_plan::Count, std::less<>> counts;
+  std::map<std::string, fault_plan::Count> counts;
+  // By the address of the name, for a look at each call; two may be the same name.
+  std::unordered_map<const char*, fault_plan::Count*> places;
   std::vector<fault_plan::Hit> hits;
   int inStep = 0;  // calls of the planned function since the hits were taken
   int total = 0;
@@ -46,11 +49,13 @@ std::uint32_t CodeFor(const char* function, const char* detail) {
     (void)std::fprintf(stderr, "endless: the last call is %s\n", function);
     std::abort();
   }
-  Count& count = g_state.counts[function];
+  Count*& place = g_state.places[function];
+  if (place == nullptr) place = &g_state.counts[function];
+  Count& count = *place;
   ++count.calls;
   if (Guarded::Inside()) {
     ++count.guarded;
-  } else {
+  } else if (count.unguarded.find(detail) == count.unguarded.end()) {
     count.unguarded.insert(detail);
   }
 
@@ -73,7 +78,7 @@ std::vector<Hit> TakeHits() {
 
 std::map<std::string, Count> Counts() {
   const std::lock_guard<std::mutex> lock(g_mutex);
-  return {g_state.counts.begin(), g_state.counts.end()};
+  return g_state.counts;
 }
 
 }  // namespace fault_plan

@@ -2,6 +2,7 @@
 #define TESTS_FAKES_FAULTPLAN_H_
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -53,8 +54,8 @@ std::vector<Hit> TakeHits();
 /// How often each function was called since Arm.
 struct Count {
   int calls = 0;
-  int guarded = 0;                  ///< of these, inside a guarded call
-  std::set<std::string> unguarded;  ///< details of the others
+  int guarded = 0;                               ///< of these, inside a guarded call
+  std::set<std::string, std::less<>> unguarded;  ///< details of the others
 };
 std::map<std::string, Count> Counts();
 

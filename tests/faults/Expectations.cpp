@@ -104,7 +104,7 @@ class Judge {
       return;
     }
     JudgeReply(where, step, rule, good, seen);
-    JudgeEvents(where, good, seen);
+    JudgeEvents(where, rule, good, seen);
     JudgeBoxes(where, rule, good, seen);
   }
 
@@ -121,7 +121,7 @@ class Judge {
       case Effect::Ends:
         break;
       case Effect::MayLose:
-        allowed = same || (seen.lost && IsPrefix(seen.reply, good.reply)) ||
+        allowed = same || (seen.lost && (good.lost || IsPrefix(seen.reply, good.reply))) ||
                   IsSecondWriteAlone(step.request, good.reply, seen.reply);
         break;
       case Effect::Result:
@@ -156,7 +156,8 @@ class Judge {
     return false;
   }
 
-  void JudgeEvents(const std::string& where, const Outcome& good, const Outcome& seen) {
+  void JudgeEvents(const std::string& where, const Rule* rule, const Outcome& good,
+                   const Outcome& seen) {
     if (seen.events == good.events) return;
     const bool hit = !seen.hits.empty();
     // The log has refused it.
@@ -168,6 +169,8 @@ class Judge {
         })) {
       return;
     }
+    // Where something else went wrong first, nobody has looked at the path.
+    if (rule != nullptr && rule->effect == Effect::Result && seen.events.empty()) return;
     // Who was dropped before the request was read has not been refused anything.
     if (seen.lost && seen.events.empty()) return;
     Say(where, std::to_string(seen.events.size()) + " events instead of " +

@@ -22,8 +22,8 @@ using rim_table::Failure;
 using rim_table::Functions;
 
 // Every call up to this one fails once; of those behind it, some.
-constexpr int kAllUpTo = 40;
-constexpr int kSamples = 8;
+constexpr int kAllUpTo = 20;
+constexpr int kSamples = 6;
 
 // Where the program is, for a report of a sanitizer, which ends it.
 std::string g_case;
@@ -116,10 +116,14 @@ TEST_F(FaultsTest, EveryCallOfTheRimMayFail) {
       }
       for (const int n : std::set<int>{1, (calls + 1) / 2}) {
         const Case which = {&function, &failure, n, /*onward=*/true};
-        if (calls != 0) Judge(which, good, RunCase(which, totals));
+        if (calls != 0 && !failure.passes) Judge(which, good, RunCase(which, totals));
       }
     }
-    if (!function.failures.empty()) ExpectNoLeak(function.name);
+    // Checked now and then, for a check costs as much as many sessions.
+    const bool isLast = &function == &Functions().back();
+    if (isLast || std::string_view((&function)[1].header) != function.header) {
+      ExpectNoLeak(function.name);
+    }
   }
 
   for (const auto& function : Functions()) {

@@ -12,6 +12,7 @@ struct Failure {
   const char* name;
   std::uint32_t code = 0;  ///< what the call reports
   bool raises = false;     ///< it raises instead, as far as its callers guard it
+  bool passes = false;     ///< it cannot happen again and again
 };
 
 struct Function {

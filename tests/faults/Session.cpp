@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 
 #include "registry/ProductInformation.h"
 #include "server/PipeIo.h"
@@ -21,7 +22,8 @@ namespace {
 using fake_pipe_io::Op;
 
 // How often a step may be looked at, and a client come back, before it is given up.
-constexpr int kPatience = 30;
+constexpr int kPatience = 16;
+constexpr int kLittlePatience = 4;  // where that has happened before
 constexpr int kTries = 4;
 
 int g_step = -1;
@@ -72,6 +74,7 @@ class Clients {
     if (!begun_) Begin();
     if (--patience_ < 0 || tries_ > kTries) {
       outcome.unserved = true;
+      givenUp_.insert(step.conId);
       return false;
     }
     if (fake_pipe_io::Disconnects(step.conId) != disconnects_) {
@@ -103,7 +106,7 @@ class Clients {
   void Begin() {
     begun_ = true;
     sent_ = false;
-    patience_ = kPatience;
+    patience_ = givenUp_.count(Now().conId) == 0 ? kPatience : kLittlePatience;
     tries_ = 0;
     disconnects_ = fake_pipe_io::Disconnects(Now().conId);
     written_ = fake_pipe_io::Written(Now().conId).size();
@@ -155,6 +158,7 @@ class Clients {
   bool sent_ = false;
   int patience_ = 0;
   int tries_ = 0;
+  std::set<int> givenUp_;
   int disconnects_ = 0;
   std::size_t written_ = 0;
 };

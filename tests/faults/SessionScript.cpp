@@ -30,8 +30,11 @@ Bytes Fields(Texts... texts) {
 }
 Bytes Number(std::uint32_t value) { return Long(4) + Long(value); }
 
+// What one step changes, no other looks at.
 constexpr char kKey[] = "SOFTWARE\\Vesmark\\NORVA\\F";
+constexpr char kWritten[] = "SOFTWARE\\Vesmark\\NORVA\\W";
 constexpr char kNest[] = "SOFTWARE\\Vesmark\\NORVA\\G";
+constexpr char kOtherNest[] = "SOFTWARE\\Vesmark\\NORVA\\H";
 constexpr std::uint32_t kLocalMachine = 0x80000002;
 const Bytes kGuid = Wire("01020304 0506 0708 090A0B0C0D0E0F10");
 
@@ -63,16 +66,16 @@ class ScriptWriter {
 
 void RegistryCommands(ScriptWriter& s) {
   s.Ask("Reg_CreateKey", kA, Code(2) + Fields("SOFTWARE\\Vesmark\\NORVA\\new"));
-  s.Ask("Reg_SetValue", kB, Code(3) + Fields(kKey, "written", "text"));
-  s.Ask("Reg_DelValue", kA, Code(18) + Fields(kKey, "old"));
+  s.Ask("Reg_SetValue", kB, Code(3) + Fields(kWritten, "written", "text"));
+  s.Ask("Reg_DelValue", kA, Code(18) + Fields(kWritten, "old"));
   s.Ask("Reg_GetValue", kB, Code(22) + Fields(kKey, "v"));
   s.Ask("Reg_EnumKey", kA, Code(21) + Fields(kKey) + Long(0));
   s.Ask("Reg_EnumValue", kB, Code(23) + Fields(kKey) + Long(0));
-  s.Ask("Reg_SetValueBase", kA, Code(28) + Long(kLocalMachine) + Fields(kKey, "base", "text"));
+  s.Ask("Reg_SetValueBase", kA, Code(28) + Long(kLocalMachine) + Fields(kWritten, "base", "text"));
   s.Ask("Reg_CreateKeyBase", kB,
         Code(29) + Long(kLocalMachine) + Fields("SOFTWARE\\Vesmark\\NORVA\\base"));
   s.Ask("Reg_DelKey", kA, Code(1) + Fields(kNest));
-  s.Ask("Reg_DelKeyBase", kB, Code(30) + Long(kLocalMachine) + Fields(kNest));
+  s.Ask("Reg_DelKeyBase", kB, Code(30) + Long(kLocalMachine) + Fields(kOtherNest));
   s.Ask("refused value", kA, Code(3) + Fields("SOFTWARE\\Other", "a", "b"));
   s.Ask("refused deletion", kB, Code(18) + Fields("SOFTWARE\\Vesmark\\NORVA\\..\\Other", "a"));
   s.Ask("refused root", kA, Code(29) + Long(0x80000001) + Fields(kKey));

@@ -51,9 +51,11 @@ void ArrangeRegistry() {
   SetText(devices + "\\DeviceID\\d", "Deinstaller", "unplug.dll,Run");
 
   SetText(kNorva + "\\F", "v", "value");
-  SetText(kNorva + "\\F", "old", "x");
+  SetText(kNorva + "\\W", "old", "x");
   registry_setup::CreateKey(kNorva + "\\F\\sub");
+  // Of these two, what lies at their own path below themselves is deleted.
   registry_setup::CreateKey(kNorva + "\\G\\" + kNorva + "\\G\\nested");
+  registry_setup::CreateKey(kNorva + "\\H\\" + kNorva + "\\H\\nested");
 }
 
 std::uint32_t Installer(char*, const char*, char*, std::uint32_t) {

@@ -94,7 +94,7 @@ void SendToDriver(std::string_view bytes) {
 void CloseDriver() { TheMachine().driverOpen = false; }
 
 std::string_view CommonProgramFiles() {
-  if (Fails("zqotrc::CommonProgramFiles")) return {};
+  if (Fails("zqotrc::CommonProgramFiles")) return "";
   return TheMachine().commonProgramFiles;
 }
 
