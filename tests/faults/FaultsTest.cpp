@@ -21,8 +21,10 @@ using fault_session::Result;
 using rim_table::Failure;
 using rim_table::Functions;
 
-// Every call up to this one fails once; of those behind it, some.
+// Every call up to this one fails once; of those behind it, some. A line of the trace is like the
+// one before it.
 constexpr int kAllUpTo = 20;
+constexpr int kAllUpToInTrace = 8;
 constexpr int kSamples = 6;
 
 // Where the program is, for a report of a sanitizer, which ends it.
@@ -74,11 +76,13 @@ class FaultsTest : public testing::Test {
   }
 
   // From the first call to the last, all of the first ones and some of the others.
-  static std::vector<int> Chosen(int calls) {
+  static std::vector<int> Chosen(const rim_table::Function& function, int calls) {
+    const bool traces = std::string_view(function.name).starts_with("zqotrc::");
+    const int all = traces ? kAllUpToInTrace : kAllUpTo;
     std::vector<int> chosen;
-    for (int n = 1; n <= calls && n <= kAllUpTo; ++n) chosen.push_back(n);
-    for (int i = 1; i <= kSamples && calls > kAllUpTo; ++i) {
-      const int n = kAllUpTo + (calls - kAllUpTo) * i / kSamples;
+    for (int n = 1; n <= calls && n <= all; ++n) chosen.push_back(n);
+    for (int i = 1; i <= kSamples && calls > all; ++i) {
+      const int n = all + (calls - all) * i / kSamples;
       if (n > chosen.back()) chosen.push_back(n);
     }
     return chosen;
@@ -92,7 +96,8 @@ TEST_F(FaultsTest, EveryCallOfTheRimMayFail) {
   for (const auto& function : Functions()) {
     for (const Failure& failure : function.failures) {
       for (int n = 1; n <= function.oncePerProcess; ++n) {
-        const Case which = {&function, &failure, n};
+        // Whatever is tried again in the session must not go well either.
+        const Case which = {&function, &failure, n, /*onward=*/true};
         early.emplace_back(which, RunCase(which, totals));
       }
     }
@@ -110,7 +115,7 @@ TEST_F(FaultsTest, EveryCallOfTheRimMayFail) {
     if (count == good.counts.end()) continue;
     for (const Failure& failure : function.failures) {
       const int calls = failure.raises ? count->second.guarded : count->second.calls;
-      for (const int n : Chosen(calls)) {
+      for (const int n : Chosen(function, calls)) {
         const Case which = {&function, &failure, n};
         Judge(which, good, RunCase(which, totals));
       }

@@ -57,7 +57,7 @@ const std::vector<Function> kFunctions = {
     {kPipeIo, "pipe_io::IsComplete", {}, kMemoryOnly},
     {kPipeIo, "pipe_io::Abandon", {}, "waits until the operation is through"},
     {kPipeIo, "pipe_io::Signal", {kDoesNothing}},
-    {kPipeIo, "pipe_io::Unsignal", {kDoesNothing}},
+    {kPipeIo, "pipe_io::Unsignal", {}, "asked for only where something else has failed"},
     {kPipeIo, "pipe_io::WaitAny", {{"fails", 6}}},
     {kPipeIo, "pipe_io::FlushAll", {kDoesNothing}},
     {kPipeIo, "pipe_io::Close", {}, "of a handle that is open"},

@@ -40,7 +40,7 @@ std::set<std::string> Declared(const std::string& header) {
   std::set<std::string> names;
   for (std::sregex_iterator match(bare.begin(), bare.end(), declaration), end; match != end;
        ++match) {
-    names.insert((*match)[1]);
+    if ((*match)[1] != "void") names.insert((*match)[1]);  // of a type, not of a function
   }
   return names;
 }
@@ -93,9 +93,11 @@ TEST(RimTableTest, EveryFileThatCallsThePlatformStandsBehindAHeaderOfTheTable) {
   for (const char* const folder : {"actions", "board", "codec", "maintenance", "platform",
                                    "registry", "server", "timer", "trace"}) {
     std::istringstream lines(ReadSource(std::string(folder) + "/CMakeLists.txt"));
+    // The entry, in another list, is the one that all of this belongs to.
     bool inList = false;
     for (std::string word; lines >> word;) {
       const bool isFile = word.find(".cpp") != std::string::npos;
+      if (word == "if(WIN32)") break;
       if (!isFile) inList = word == "WIN32";
       if (!isFile || !inList) continue;
       const std::string file = std::string(folder) + "/" + word.substr(0, word.find(')'));

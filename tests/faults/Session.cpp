@@ -24,6 +24,7 @@ using fake_pipe_io::Op;
 // How often a step may be looked at, and a client come back, before it is given up.
 constexpr int kPatience = 16;
 constexpr int kLittlePatience = 4;  // where that has happened before
+constexpr int kHopeless = 8;        // so many steps given up, and nobody waits any more
 constexpr int kTries = 4;
 
 int g_step = -1;
@@ -75,6 +76,7 @@ class Clients {
     if (--patience_ < 0 || tries_ > kTries) {
       outcome.unserved = true;
       givenUp_.insert(step.conId);
+      ++unserved_;
       return false;
     }
     if (fake_pipe_io::Disconnects(step.conId) != disconnects_) {
@@ -107,6 +109,7 @@ class Clients {
     begun_ = true;
     sent_ = false;
     patience_ = givenUp_.count(Now().conId) == 0 ? kPatience : kLittlePatience;
+    if (unserved_ >= kHopeless) patience_ = 0;
     tries_ = 0;
     disconnects_ = fake_pipe_io::Disconnects(Now().conId);
     written_ = fake_pipe_io::Written(Now().conId).size();
@@ -159,6 +162,7 @@ class Clients {
   int patience_ = 0;
   int tries_ = 0;
   std::set<int> givenUp_;
+  int unserved_ = 0;
   int disconnects_ = 0;
   std::size_t written_ = 0;
 };
