@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <deque>
 #include <map>
+#include <optional>
 #include <utility>
 
 #include "server/PipeInstance.h"
+#include "tests/fakes/FaultPlan.h"
 #include "tests/fakes/NotOurs.h"
 
 namespace {
@@ -20,6 +22,8 @@ struct Instance {
   std::deque<Bytes> scriptedReads;
   bool signalled = false;
   bool outstanding = false;
+  Op operation = Op::Connect;  // begun last
+  int disconnects = 0;
   Outcome completion = {};
   void* readBuffer = nullptr;
   Bytes writing;
@@ -54,15 +58,28 @@ bool IsPipe(HANDLE handle) {
 
 void Log(const std::string& call) { g_state.calls.push_back(call); }
 
+// What the plan makes of a call that moves up to `size` bytes; nothing when it goes well.
+std::optional<Outcome> FaultOf(const char* function, std::uint32_t size = 0) {
+  const std::uint32_t code = fault_plan::CodeFor(function);
+  if (code == 0) return std::nullopt;
+  if (code == fault_plan::kAtOnce || code == fault_plan::kEmpty) return Outcome{true, 0, 0};
+  if (code == fault_plan::kShort) return Outcome{true, 0, size - 1};
+  return Outcome{false, code, 0};
+}
+
 // Begins an operation and settles at once what the script says; otherwise `fallback`.
-Outcome Begin(Op op, HANDLE pipe, OVERLAPPED& overlapped, Outcome fallback) {
+Outcome Begin(Op op, HANDLE pipe, OVERLAPPED& overlapped, Outcome fallback,
+              const std::optional<Outcome>& fault) {
   if (!IsPipe(pipe)) return {false, ERROR_INVALID_HANDLE, 0};
   Instance& instance = g_state.instances[ConIdOf(pipe, kPipeBase)];
   instance.signalled = false;
+  instance.operation = op;
   overlapped.Internal = kPending;
   auto& script = instance.script[op];
   Outcome outcome = fallback;
-  if (!script.empty()) {
+  if (fault) {
+    outcome = *fault;
+  } else if (!script.empty()) {
     outcome = script.front();
     script.pop_front();
   }
@@ -112,6 +129,14 @@ const std::vector<std::string>& Calls() { return g_state.calls; }
 int Waits() { return g_state.waits; }
 int Polls() { return g_state.polls; }
 Bytes Written(int conId) { return g_state.instances[conId].written; }
+int Disconnects(int conId) { return g_state.instances[conId].disconnects; }
+std::optional<Op> Outstanding(int conId) {
+  const Instance& instance = g_state.instances[conId];
+  return instance.outstanding ? std::optional<Op>(instance.operation) : std::nullopt;
+}
+std::uint32_t BytesInWrite(int conId) {
+  return static_cast<std::uint32_t>(g_state.instances[conId].writing.size());
+}
 bool IsSignalled(int conId) { return g_state.instances[conId].signalled; }
 void AdvanceClock(std::uint64_t milliseconds) { g_state.now += milliseconds; }
 
@@ -121,6 +146,7 @@ namespace pipe_io {
 
 HANDLE CreateInstanceEvent() {
   const NotOurs notOurs;
+  if (fault_plan::Fails("pipe_io::CreateInstanceEvent")) return nullptr;
   const int conId = g_state.events++;
   auto& script = g_state.instances[conId].script[Op::CreateEvent];
   if (!script.empty() && !script.front().success) return nullptr;
@@ -130,6 +156,8 @@ HANDLE CreateInstanceEvent() {
 
 HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES*, std::uint32_t& error) {
   const NotOurs notOurs;
+  error = fault_plan::CodeFor("pipe_io::CreateInstance");
+  if (error != 0) return nullptr;
   const int conId = g_state.pipes++;
   Log("create " + std::to_string(conId) + " " + name);
   auto& script = g_state.instances[conId].script[Op::CreatePipe];
@@ -144,12 +172,15 @@ HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES*, std::uint32_t& err
 Outcome Connect(HANDLE pipe, OVERLAPPED& overlapped) {
   const NotOurs notOurs;
   Log("connect " + std::to_string(ConIdOf(pipe, kPipeBase)));
-  return Begin(Op::Connect, pipe, overlapped, {false, ERROR_IO_PENDING, 0});
+  return Begin(Op::Connect, pipe, overlapped, {false, ERROR_IO_PENDING, 0},
+               FaultOf("pipe_io::Connect"));
 }
 
 Outcome Disconnect(HANDLE pipe) {
   const NotOurs notOurs;
   Log("disconnect " + std::to_string(ConIdOf(pipe, kPipeBase)));
+  ++g_state.instances[ConIdOf(pipe, kPipeBase)].disconnects;
+  if (const std::optional<Outcome> fault = FaultOf("pipe_io::Disconnect")) return *fault;
   auto& script = g_state.instances[ConIdOf(pipe, kPipeBase)].script[Op::Disconnect];
   if (script.empty()) return {true, 0, 0};
   const Outcome outcome = script.front();
@@ -161,7 +192,8 @@ Outcome Read(HANDLE pipe, void* buffer, std::uint32_t size, OVERLAPPED& overlapp
   const NotOurs notOurs;
   const int conId = ConIdOf(pipe, kPipeBase);
   Log("read " + std::to_string(conId));
-  Outcome outcome = Begin(Op::Read, pipe, overlapped, {false, ERROR_IO_PENDING, 0});
+  Outcome outcome =
+      Begin(Op::Read, pipe, overlapped, {false, ERROR_IO_PENDING, 0}, FaultOf("pipe_io::Read"));
   if (!IsPipe(pipe)) return outcome;
   Instance& instance = g_state.instances[conId];
   instance.readBuffer = buffer;
@@ -184,10 +216,13 @@ Outcome Write(HANDLE pipe, const void* data, std::uint32_t size, OVERLAPPED& ove
   const Bytes reply(bytes, bytes + size);
   const int conId = ConIdOf(pipe, kPipeBase);
   Log("write " + std::to_string(conId) + " " + Hex(reply));
-  const Outcome outcome = Begin(Op::Write, pipe, overlapped, {true, 0, size});
+  const Outcome outcome =
+      Begin(Op::Write, pipe, overlapped, {true, 0, size}, FaultOf("pipe_io::Write", size));
   if (!IsPipe(pipe)) return outcome;
   Instance& instance = g_state.instances[conId];
-  if (outcome.success) instance.written = instance.written + reply;
+  if (outcome.success) {
+    instance.written.insert(instance.written.end(), reply.begin(), reply.begin() + outcome.count);
+  }
   if (instance.outstanding) instance.writing = reply;
   return outcome;
 }
@@ -195,7 +230,13 @@ Outcome Write(HANDLE pipe, const void* data, std::uint32_t size, OVERLAPPED& ove
 Outcome Completion(HANDLE pipe, OVERLAPPED& overlapped) {
   const NotOurs notOurs;
   if (!IsComplete(overlapped)) return {false, ERROR_IO_INCOMPLETE, 0};
-  return g_state.instances[ConIdOf(pipe, kPipeBase)].completion;
+  const Instance& instance = g_state.instances[ConIdOf(pipe, kPipeBase)];
+  static constexpr const char* kDetails[] = {"", "", "connect", "", "read", "write"};
+  if (const std::uint32_t code = fault_plan::CodeFor(
+          "pipe_io::Completion", kDetails[static_cast<int>(instance.operation)])) {
+    return {false, code, 0};
+  }
+  return instance.completion;
 }
 
 bool IsComplete(const OVERLAPPED& overlapped) {
@@ -217,18 +258,21 @@ void Signal(HANDLE event) {
   if (event == nullptr) return;  // an instance without a pool around it
   const int conId = ConIdOf(event, kEventBase);
   Log("signal " + std::to_string(conId));
+  if (fault_plan::Fails("pipe_io::Signal")) return;
   g_state.instances[conId].signalled = true;
 }
 
 void Unsignal(HANDLE event) {
   const NotOurs notOurs;
+  if (fault_plan::Fails("pipe_io::Unsignal")) return;
   g_state.instances[ConIdOf(event, kEventBase)].signalled = false;
 }
 
 std::uint32_t WaitAny(const HANDLE*, std::uint32_t count, std::uint32_t milliseconds,
                       std::uint32_t& error) {
   const NotOurs notOurs;
-  error = 0;
+  error = fault_plan::CodeFor("pipe_io::WaitAny", milliseconds == 0 ? "poll" : "wait");
+  if (error != 0) return WAIT_FAILED;
   if (milliseconds == 0) {
     ++g_state.polls;
     return WAIT_TIMEOUT;
@@ -250,6 +294,7 @@ std::uint32_t WaitAny(const HANDLE*, std::uint32_t count, std::uint32_t millisec
 
 void FlushAll(const HANDLE* pipes, std::uint32_t count, std::uint32_t milliseconds) {
   const NotOurs notOurs;
+  if (fault_plan::Fails("pipe_io::FlushAll")) return;
   std::string call = "flush for " + std::to_string(milliseconds) + ":";
   for (std::uint32_t i = 0; i < count; ++i) {
     call += " " + std::to_string(ConIdOf(pipes[i], kPipeBase));

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,13 @@ int Waits();
 int Polls();
 /// What was written to the instance's client, write after write.
 Bytes Written(int conId);
+
+/// How often the instance's client was dropped.
+int Disconnects(int conId);
+/// The operation that is outstanding on the instance.
+std::optional<Op> Outstanding(int conId);
+/// Bytes of the write that is outstanding.
+std::uint32_t BytesInWrite(int conId);
 
 bool IsSignalled(int conId);
 void AdvanceClock(std::uint64_t milliseconds);

@@ -8,6 +8,7 @@
 
 #include "platform/WinTypes.h"
 #include "registry/RegistryOperation.h"
+#include "tests/fakes/FaultPlan.h"
 #include "tests/fakes/NotOurs.h"
 
 namespace fake_registry {
@@ -98,6 +99,7 @@ bool Approve(const char* path, CanonicalPath& canonical) {
 // Resolves dot elements as the platform does, and takes at most 259 bytes.
 bool CanonicalisePath(const char* path, CanonicalPath& canonical) {
   const NotOurs notOurs;
+  if (fault_plan::Fails("CanonicalisePath")) return false;
   if (std::strlen(path) >= CanonicalPath::kCapacity) return false;
   std::vector<std::string> kept;
   bool wentAboveTheFirst = false;  // then the platform leaves a leading backslash
@@ -125,6 +127,7 @@ bool CanonicalisePath(const char* path, CanonicalPath& canonical) {
 std::uint32_t RegCreateKeyBL(const char* path) {
   const NotOurs notOurs;
   Called();
+  if (const std::uint32_t code = fault_plan::CodeFor("RegCreateKeyBL")) return code;
   if (path == nullptr) return ERROR_INVALID_PARAMETER;
   CanonicalPath canonical;
   if (!Approve(path, canonical)) return ERROR_ACCESS_DENIED;
@@ -135,6 +138,7 @@ std::uint32_t RegCreateKeyBL(const char* path) {
 std::uint32_t RegDelKeyBL(const char* path) {
   const NotOurs notOurs;
   Called();
+  if (const std::uint32_t code = fault_plan::CodeFor("RegDelKeyBL")) return code;
   if (path == nullptr) return ERROR_INVALID_PARAMETER;
   CanonicalPath canonical;
   if (!Approve(path, canonical)) return ERROR_ACCESS_DENIED;
@@ -149,6 +153,7 @@ std::uint32_t RegDelKeyBL(const char* path) {
 std::uint32_t RegSetValueBL(const char* path, const char* name, const char* text) {
   const NotOurs notOurs;
   Called();
+  if (const std::uint32_t code = fault_plan::CodeFor("RegSetValueBL")) return code;
   if (path == nullptr || name == nullptr || text == nullptr) return ERROR_INVALID_PARAMETER;
   CanonicalPath canonical;
   if (!Approve(path, canonical)) return ERROR_ACCESS_DENIED;
@@ -161,6 +166,7 @@ std::uint32_t RegSetValueBL(const char* path, const char* name, const char* text
 std::uint32_t RegGetValueBL(const char* path, const char* name, void* buffer, std::uint32_t& size) {
   const NotOurs notOurs;
   Called();
+  if (const std::uint32_t code = fault_plan::CodeFor("RegGetValueBL")) return code;
   if (path == nullptr || name == nullptr || buffer == nullptr || size == 0) {
     return ERROR_INVALID_PARAMETER;
   }
@@ -181,6 +187,7 @@ std::uint32_t RegGetValueBL(const char* path, const char* name, void* buffer, st
 std::uint32_t RegDelValueBL(const char* path, const char* name) {
   const NotOurs notOurs;
   Called();
+  if (const std::uint32_t code = fault_plan::CodeFor("RegDelValueBL")) return code;
   if (path == nullptr || name == nullptr) return ERROR_INVALID_PARAMETER;
   CanonicalPath canonical;
   if (!Approve(path, canonical)) return ERROR_ACCESS_DENIED;
@@ -193,6 +200,7 @@ std::uint32_t RegEnumKeyBL(const char* path, std::int32_t index, char* name,
                            std::uint32_t& length) {
   const NotOurs notOurs;
   Called();
+  if (const std::uint32_t code = fault_plan::CodeFor("RegEnumKeyBL")) return code;
   if (path == nullptr || name == nullptr || index < 0 || length == 0) {
     return ERROR_INVALID_PARAMETER;
   }
@@ -210,6 +218,7 @@ std::uint32_t RegEnumValueBL(const char* path, std::int32_t index, char* name,
                              std::uint32_t& nameLength, void* data, std::uint32_t& dataLength) {
   const NotOurs notOurs;
   Called();
+  if (const std::uint32_t code = fault_plan::CodeFor("RegEnumValueBL")) return code;
   if (path == nullptr || name == nullptr || data == nullptr || index < 0 || nameLength == 0 ||
       dataLength == 0) {
     return ERROR_INVALID_PARAMETER;
@@ -230,12 +239,14 @@ std::uint32_t RegEnumValueBL(const char* path, std::int32_t index, char* name,
 bool RegKeyExists(const char* path) {
   const NotOurs notOurs;
   Called();
+  if (fault_plan::Fails("RegKeyExists")) return false;
   return fake_registry::Find(path) != nullptr;
 }
 
 std::uint32_t RegDeleteLiteralKey(const char* name) {
   const NotOurs notOurs;
   Called();
+  if (const std::uint32_t code = fault_plan::CodeFor("RegDeleteLiteralKey")) return code;
   Key& root = fake_registry::Root();
   return root.subkeys.erase(fake_registry::Fold(name)) != 0 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
 }
@@ -244,6 +255,7 @@ std::uint32_t RegQueryValueLeavingKeyOpen(const char* path, const char* name, vo
                                           std::uint32_t& size) {
   const NotOurs notOurs;
   Called();
+  if (const std::uint32_t code = fault_plan::CodeFor("RegQueryValueLeavingKeyOpen")) return code;
   Key* const key = fake_registry::Find(path);
   if (key == nullptr) return ERROR_FILE_NOT_FOUND;
   const auto found = key->values.find(fake_registry::Fold(name));

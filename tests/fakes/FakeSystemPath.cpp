@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "platform/SystemPath.h"
+#include "tests/fakes/FaultPlan.h"
 #include "tests/fakes/NotOurs.h"
 
 namespace {
@@ -24,6 +25,9 @@ void fake_system_path::SetSystemDirectory(const std::string& directory) {
 void fake_system_path::SetSpecialFolder(const std::string& folder) { g_specialFolder = folder; }
 
 std::uint32_t platform::SystemDirectory(PathBuffer& path) {
+  if (const std::uint32_t code = fault_plan::CodeFor("platform::SystemDirectory")) {
+    return code == fault_plan::kNothing ? 0 : code;
+  }
   const auto size = static_cast<std::uint32_t>(g_systemDirectory.size());
   if (size >= sizeof(path)) return size + 1;
   std::memcpy(path, g_systemDirectory.c_str(), size + 1);
@@ -32,5 +36,6 @@ std::uint32_t platform::SystemDirectory(PathBuffer& path) {
 
 bool platform::SpecialFolder(int, PathBuffer& path) {
   path[0] = '\0';
+  if (fault_plan::Fails("platform::SpecialFolder")) return false;
   return !g_specialFolder.empty() && AppendToPath(path, g_specialFolder.c_str()) == 0;
 }
