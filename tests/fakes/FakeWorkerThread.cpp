@@ -19,6 +19,7 @@ struct Workers {
   std::vector<std::thread> threads;
   int started = 0;
   bool refuse = false;
+  bool atOnce = false;
 } g_workers;
 
 }  // namespace
@@ -27,16 +28,22 @@ void fake_worker_thread::Reset() {
   g_workers.Join();
   g_workers.started = 0;
   g_workers.refuse = false;
+  g_workers.atOnce = false;
 }
 
 void fake_worker_thread::JoinAll() { g_workers.Join(); }
 void fake_worker_thread::Refuse() { g_workers.refuse = true; }
+void fake_worker_thread::RunAtOnce() { g_workers.atOnce = true; }
 int fake_worker_thread::Started() { return g_workers.started; }
 
 bool platform::StartWorker(std::unique_ptr<Work> work) {
   const NotOurs notOurs;
   if (g_workers.refuse) return false;
   ++g_workers.started;
+  if (g_workers.atOnce) {
+    work->Run();
+    return true;
+  }
   g_workers.threads.emplace_back([owned = std::move(work)]() mutable {
     owned->Run();
     owned.reset();
