@@ -2,6 +2,7 @@
 # Runs fuzzers for a while each, from their corpora on, and prints a table of what came of it.
 # usage: tools/fuzz.sh [SECONDS] [TARGET...]      60 seconds each and all of them, unless told
 # TARGET is a name below fuzz/corpus, as Request or Connection.
+#        tools/fuzz.sh --merge [TARGET...]      takes what was found new into the corpora
 #
 # What is found new stays in build/fuzz/corpus and is where the next run goes on. An input that
 # fails is kept as build/fuzz/TARGET-crash-... (or -leak-, -timeout-, -oom-), with its log beside it.
@@ -10,6 +11,11 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 seconds=60
+merge=no
+if [ "${1:-}" = --merge ]; then
+  merge=yes
+  shift
+fi
 if [[ ${1:-} =~ ^[0-9]+$ ]]; then
   seconds=$1
   shift
@@ -19,6 +25,23 @@ targets=("$@")
 
 programs=$(printf '%sFuzzer,' "${targets[@]}")
 tools/build.sh "native-asan:${programs%,}"
+
+# The smallest corpus that reaches what both reach; long inputs that add little are left out.
+if [ "$merge" = yes ]; then
+  for target in "${targets[@]}"; do
+    corpus=fuzz/corpus/$target
+    mkdir -p "build/fuzz/corpus/$target" build/fuzz/merged
+    rm -rf "build/fuzz/merged/$target"
+    mkdir "build/fuzz/merged/$target"
+    build/native-asan/bin/"${target}Fuzzer" -merge=1 -use_value_profile=0 -max_len=16384 \
+      "build/fuzz/merged/$target" "$corpus" "build/fuzz/corpus/$target" \
+      >"build/fuzz/$target-merge.log" 2>&1
+    rm -rf "$corpus"
+    cp -r "build/fuzz/merged/$target" "$corpus"
+    echo "$corpus: $(find "$corpus" -type f | wc -l) files, $(du -sb "$corpus" | cut -f1) bytes"
+  done
+  exit 0
+fi
 
 last() {  # the last number behind a word of the log
   grep -ao "$1[: ]*[0-9]*" "$2" | tail -1 | grep -o '[0-9]*$' || echo 0
