@@ -66,7 +66,19 @@ std::uint32_t TakeResult() {
 // Bytes that are mostly one letter, so that long ones cost the fuzzer little.
 std::string TakeBytes(std::size_t limit) {
   std::string bytes = Script().ConsumeRandomLengthString(24);
-  if (Chance(3)) bytes.resize(Script().ConsumeIntegralInRange<std::size_t>(0, limit), 'x');
+  // Sizes that just fit a reply, alone or several together, and any others.
+  static constexpr std::size_t kSizes[] = {1358, 1360, 2030, 2040, 4070, 4080, 8142, 8146,
+                                           8150, 8154, 8159, 8160, 8161, 8191, 8192};
+  switch (Script().ConsumeIntegralInRange(0, 4)) {
+    case 3:
+      bytes.resize(std::min(limit, Script().PickValueInArray(kSizes)), 'x');
+      break;
+    case 4:
+      bytes.resize(Script().ConsumeIntegralInRange<std::size_t>(0, limit), 'x');
+      break;
+    default:
+      break;
+  }
   return bytes;
 }
 
@@ -287,7 +299,7 @@ void ArrangeRegistry() {
   AddValue(device, "HardwareID", "PCI");
   AddValue(device, "Installer", "p.dll,In");
   AddValue(device, "Deinstaller", "p.dll,De");
-  AddValue(tree + "\\LogNames\\n", "LogDevice", "gone");
+  AddValue(tree + "\\LogNames\\n", "LogDevice", "KWTUSB1,gone");
   AddValue(tree + "\\LogDevices\\d", "v", "there");
   AddValue(tree + "\\" + TakeKeyName(), "v", "text");
   AddValue("SOFTWARE\\Vesmark\\Shared Tools\\MIREL", "SetupSucceeded", "0");
@@ -314,7 +326,7 @@ void fuzzed_machine::Arrange(std::span<const std::uint8_t> script) {
   if (Chance(8)) fake_named_object::AnswerWait(TakeNumber());
   if (Chance(8)) fake_named_object::RefuseMutexes();
   if (Chance(2)) fake_named_object::OfferEvent("event");
-  g.traces = Chance(4);
+  g.traces = Chance(8);
   if (g.traces) FakeTrace::Collect(0xFFFFFFFF);
 }
 
