@@ -8,6 +8,11 @@
 # tools/check_includes.py holds their order. A native program links the archive together with
 # tests/fakes, which stand in for the WIN32 files.
 add_library(qorlix_core STATIC)
+# The fuzzers of fuzz/ link what the tests link, so the archive tells them which of its branches an
+# input reaches; other programs do not listen.
+if(QORLIX_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  target_compile_options(qorlix_core PRIVATE -fsanitize=fuzzer-no-link)
+endif()
 
 function(qorlix_folder name)
   cmake_parse_arguments(ARG "" "" "CORE;WIN32;TESTS;WIN32_TESTS;NATIVE_TESTS" ${ARGN})

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <list>
 #include <map>
 #include <optional>
 #include <utility>
@@ -18,8 +19,8 @@ using pipe_io::Outcome;
 constexpr std::uintptr_t kPending = 0x103;
 
 struct Instance {
-  std::map<Op, std::deque<Outcome>> script;
-  std::deque<Bytes> scriptedReads;
+  std::map<Op, std::list<Outcome>> script;
+  std::list<Bytes> scriptedReads;
   bool signalled = false;
   bool outstanding = false;
   Op operation = Op::Connect;  // begun last

@@ -4,8 +4,8 @@
 /// Real threads that can be waited for, and refused, behind platform/WorkerThread.h.
 namespace fake_worker_thread {
 
-/// Waits for every worker; then workers can be started again, none has been, and none is refused
-/// or held.
+/// Waits for every worker; then workers can be started again, on threads, none has been, and none
+/// is refused or held.
 void Reset();
 /// Waits until every worker started so far has run and its work is destroyed.
 void JoinAll();
@@ -14,6 +14,8 @@ void Refuse();
 /// Workers that are started from now on begin when somebody waits for them, so that what they do
 /// always happens at the same point.
 void Hold();
+/// Lets every further worker run to its end before the call that starts it returns.
+void RunAtOnce();
 /// How many were started since Reset.
 int Started();
 
