@@ -14,7 +14,7 @@ class RegistryFindingsTest : public FindingsFixture {
 
 TEST_F(RegistryFindingsTest, AMissingTreeIsAnError) {
   facts_.hasTree = false;
-  ExpectOnly("error registry: HKEY_LOCAL_MACHINE\\SOFTWARE\\Vesmark\\NORVA is missing", "set-up");
+  ExpectOnly("warning registry: HKEY_LOCAL_MACHINE\\SOFTWARE\\Vesmark\\NORVA is missing", "set-up");
 }
 
 TEST_F(RegistryFindingsTest, AMissingGateKeepsTheStartUpRunFromHappening) {
