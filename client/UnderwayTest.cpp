@@ -85,6 +85,17 @@ TEST_F(UnderwayTest, BehindTheDeadlineTheCallHasFailedAndTheConnectionIsClosed) 
   EXPECT_EQ(server_.Connections(), 2);
 }
 
+// Natively a busy pipe takes no time in any case.
+TEST_F(UnderwayTest, TheDeadlineHoldsForTheConnectionToo) {
+  server_.IsBusy();
+  const auto start = std::chrono::steady_clock::now();
+  const Result result = client_.Begin(Ping(), /*deadlineMs=*/100);
+  EXPECT_EQ(result.origin(), Origin::Connect);
+  EXPECT_EQ(result.code(), kPipeBusy);
+  EXPECT_FALSE(client_.IsUnderway());
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(kPatience / 2));
+}
+
 TEST_F(UnderwayTest, AReplyThatIsDoubledPerhapsIsWaitedForInPieces) {
   server_.Answers({"0400 00000000", "0400 00000000 0400 00000000"});
   server_.Answers({"0400 00000000"});

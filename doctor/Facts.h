@@ -40,6 +40,7 @@ struct FileFacts {
   ImageKind kind = ImageKind::Missing;
   std::uint32_t error = 0;  ///< why its access list is not known
   AccessList access;
+  bool isStandIn = false;  ///< says so itself
 };
 
 /// A library of the stack in every place where it may lie. A file that is in none has

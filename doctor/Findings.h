@@ -33,7 +33,7 @@ void ExamineEngine(const Facts& facts, Findings& findings);
 void ExamineRegistry(const Facts& facts, Findings& findings);
 void ExamineDevices(const Facts& facts, Findings& findings);
 void ExamineTrace(const TraceFacts& trace, Findings& findings);
-void ExamineSources(const std::vector<EventSourceFacts>& sources, Findings& findings);
+void ExamineSources(const Facts& facts, Findings& findings);
 
 }  // namespace doctor
 

@@ -119,7 +119,8 @@ TEST_F(FindingsTest, AMissingFolderMattersOnlyWhileLinesAreWritten) {
 TEST_F(FindingsTest, SourcesThatCannotExplainTheirEventsAreNotes) {
   facts_.sources[0].isRegistered = false;
   ExpectOnly("note event log: the source \"MIREL RegistryOperation\" is not registered",
-             "Application\\MIREL RegistryOperation\" /v EventMessageFile");
+             "Application\\MIREL RegistryOperation\" /v EventMessageFile /t REG_EXPAND_SZ /d "
+             "\"C:\\Stack\\QORLIXSRV.EXE\"");
   facts_ = HealthyFacts();
   facts_.sources[1] = {"Zqotrc", true, "", false};
   ExpectOnly("note event log: the source \"Zqotrc\" is registered without a message file",

@@ -156,7 +156,7 @@ void ExamineRegistry(const Facts& facts, Findings& findings) {
   if (facts.hasTree) {
     findings.push_back({Severity::Ok, "registry", std::string(kTree) + " is there", ""});
   } else {
-    findings.push_back({Severity::Error, "registry",
+    findings.push_back({Severity::Warning, "registry",
                         std::string(kTree) + " is missing or cannot be read: the stack is not set "
                                              "up",
                         "run the stack's set-up"});

@@ -12,9 +12,9 @@ class RegistryFindingsTest : public FindingsFixture {
   DeviceFacts& device_ = facts_.devices[0];
 };
 
-TEST_F(RegistryFindingsTest, AMissingTreeIsAnError) {
+TEST_F(RegistryFindingsTest, AMissingTreeIsAWarning) {
   facts_.hasTree = false;
-  ExpectOnly("error registry: HKEY_LOCAL_MACHINE\\SOFTWARE\\Vesmark\\NORVA is missing", "set-up");
+  ExpectOnly("warning registry: HKEY_LOCAL_MACHINE\\SOFTWARE\\Vesmark\\NORVA is missing", "set-up");
 }
 
 TEST_F(RegistryFindingsTest, AMissingGateKeepsTheStartUpRunFromHappening) {
