@@ -13,8 +13,6 @@ namespace {
 
 constexpr std::size_t kLargestRequest = 8192;
 
-using Bytes = std::vector<std::uint8_t>;
-
 template <typename T>
 void AddValue(Bytes& bytes, T value) {
   const std::size_t end = bytes.size();

@@ -7,10 +7,12 @@
 /// What is asked of the servers, and what they must answer.
 namespace bench {
 
+using Bytes = std::vector<std::uint8_t>;
+
 struct Workload {
   const char* name;
-  std::vector<std::uint8_t> request;
-  std::vector<std::uint8_t> reply;  ///< every answer is compared with this, byte for byte
+  Bytes request;
+  Bytes reply;  ///< every answer is compared with this, byte for byte
 };
 
 /// Code 16 alone.
@@ -30,7 +32,7 @@ Workload CreateKey();
 Workload DelKey();
 
 /// The request that ends either server.
-std::vector<std::uint8_t> StopRequest();
+Bytes StopRequest();
 
 /// Makes the key that the registry workloads touch, and removes it again.
 class RegistryFixture {
