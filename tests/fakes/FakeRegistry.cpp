@@ -271,11 +271,8 @@ bool RegKeyExists(const char* path) {
 std::uint32_t RegDeleteLiteralKey(const char* name) {
   const NotOurs notOurs;
   Called();
-<<<<<<< HEAD
   if (const std::uint32_t code = fault_plan::CodeFor("RegDeleteLiteralKey")) return code;
-=======
   Changes(name);
->>>>>>> f7
   Key& root = fake_registry::Root();
   return root.subkeys.erase(fake_registry::Fold(name)) != 0 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
 }
