@@ -24,6 +24,12 @@ def first_block(page: str, kind: str) -> str:
 
 # --- Before the first block of a section ---
 
+def client_package(machine) -> None:
+    unpack(machine)
+    (machine.root / "unpacked/hello.c").write_text(first_block("docs/client.md", "c"))
+    shutil.copy(pages.ROOT / "tests/package/client.cpp", machine.root / "unpacked")
+
+
 def client_hello(machine) -> None:
     (machine.root / "hello.c").write_text(first_block("docs/client.md", "c"))
 
@@ -134,7 +140,8 @@ def standins_script(machine) -> None:
 
 
 BEFORE = {
-    ("docs/client.md", "building-and-linking", 0): client_hello,
+    ("docs/client.md", "building-and-linking", 0): client_package,
+    ("docs/client.md", "in-the-sources", 0): client_hello,
     ("docs/operations.md", "start-up-maintenance", 0): operations_repair,
     ("docs/operations.md", "boards", 0): operations_boards,
     ("docs/operations.md", "the-check", 0): operations_check,
@@ -153,7 +160,9 @@ BEFORE = {
 }
 
 # Where commands are run that are not for the root of the sources, or a prompt's own folder.
-FOLDERS = {("docs/operations.md", "installing", "$"): ["unpacked"],
+FOLDERS = {("docs/client.md", "building-and-linking", "$"): ["unpacked"],
+           ("docs/client.md", "in-c", "$"): ["unpacked"],
+           ("docs/operations.md", "installing", "$"): ["unpacked"],
            ("installer/README.md", "start-it", ">"): ["unpacked"]}
 
 # Commands that do not end with 0.

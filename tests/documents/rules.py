@@ -49,10 +49,12 @@ RULES = [
     (r"bench/run\.sh *(--\w+)? *(\S+)?", "takes minutes, and a quiet machine", lambda m:
      f"test -x bench/run.sh && grep -q -e '    {m[1] or '--quick'})' bench/run.sh"
      f" && test -e {m[2] or '.'}"),
-    (r"(?:lib|cl) .*?(client\\capi\S*).*", "needs MSVC", lambda m:
-     "test -e " + m[1].replace("\\", "/")),
+    (r"(?:lib /def:(\S+)|cl /I (\S+)) .*", "needs MSVC", lambda m:
+     "test -e " + (m[1] or m[2]).replace("\\", "/")),
+    (r"(?:py -3-32|.*powershell\.exe .*-File) (\S+)", "needs an interpreter of Windows", lambda m:
+     "test -e examples/script/" + m[1]),
 ]
-POWERSHELL = (r"qorlixctl (.*)|\$ended.*", "needs PowerShell",
+POWERSHELL = (r"qorlixctl (.*)|\$ended.*|\(Start-Process .*", "needs PowerShell",
               lambda m: help_names(m) if m[1] else "true")
 
 
