@@ -1,25 +1,20 @@
 // Attacks the real server in every way of Attacks.h, one after another, while one client behaves,
 // and prints what became of that one and of the server. tools/hostile.sh starts it.
 //
-//   hostile_suite.exe [--seconds N] [--markdown]
-//
-// Sixty-three attackers, because the pool has sixty-four places and the honest client has one of
-// them. One thread drives the attackers: on a machine with few processors, more would take the
-// processor from the server, which is a matter of the system's scheduler and not of the server.
+//   hostile_suite.exe [--seconds N] [--markdown] [--only PART-OF-A-NAME]
 
 #include <windows.h>
 
-#include <atomic>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <deque>
 #include <string>
-#include <thread>
 
 #include "bench/Support.h"
 #include "tests/e2e/Clients.h"
 #include "tests/e2e/RegistryScratch.h"
 #include "tests/hostile/Attacks.h"
+#include "tests/hostile/Crowd.h"
 #include "tests/hostile/TextTable.h"
 #include "tests/hostile/Watch.h"
 
@@ -30,52 +25,10 @@ using e2e::Bytes;
 using e2e::ServerProcess;
 using e2e::WireClient;
 
-constexpr unsigned kAttackers = e2e::kInstances - 1;
+static_assert(kAttackers + 1 == e2e::kInstances);
 constexpr double kFactor = 10;                  // of the honest client's p99
 constexpr std::size_t kNoiseBytes = 64 * 1024;  // of private memory, which comes in pages
 constexpr double kWarmUpSeconds = 0.3;
-
-// A crowd of one kind, at work as long as the object lives.
-class Crowd {
- public:
-  explicit Crowd(const Attack& attack) : attack_(attack) {
-    for (unsigned i = 0; i < kAttackers; ++i) attackers_.emplace_back(i);
-    thread_ = std::thread([this] { Run(); });
-    while (rounds_ < 2) Sleep(1);
-  }
-  ~Crowd() { End(); }
-  Crowd(const Crowd&) = delete;
-  Crowd& operator=(const Crowd&) = delete;
-
-  void End() {
-    ending_ = true;
-    if (thread_.joinable()) thread_.join();
-    for (Attacker& attacker : attackers_) attacker.Leave();
-  }
-  std::uint64_t Connections() const { return Sum(&Attacker::Connections); }
-  std::uint64_t Writes() const { return Sum(&Attacker::Writes); }
-
- private:
-  void Run() {
-    while (!ending_) {
-      bool busy = false;
-      for (Attacker& attacker : attackers_) busy |= attack_.step(attacker);
-      ++rounds_;
-      if (!busy) Sleep(1);
-    }
-  }
-  std::uint64_t Sum(std::uint64_t (Attacker::*count)() const) const {
-    std::uint64_t sum = 0;
-    for (const Attacker& attacker : attackers_) sum += (attacker.*count)();
-    return sum;
-  }
-
-  const Attack& attack_;
-  std::deque<Attacker> attackers_;
-  std::atomic<bool> ending_ = false;
-  std::atomic<unsigned> rounds_ = 0;
-  std::thread thread_;
-};
 
 std::string Number(double value, int digits) {
   char text[32];
@@ -97,11 +50,11 @@ class Trial {
  public:
   Trial(const ServerProcess& server, WireClient& honest) : server_(server), honest_(honest) {}
 
-  bool Run(const Attack& attack, double seconds, TextTable& table) {
+  bool Run(std::size_t kind, double seconds, TextTable& table) {
     const Footprint before = Measure(server_);
     Waits idle, attacked;
     bool answered = Watch(honest_, seconds, idle);
-    Crowd crowd(attack);
+    Crowd crowd(kind);
     answered = answered && Watch(honest_, seconds, attacked);
     crowd.End();
 
@@ -121,9 +74,10 @@ class Trial {
     if (!handles) verdict += " handles";
     if (!threads) verdict += " threads";
     if (!memory) verdict += " memory";
-    table.Add({attack.name, std::to_string(kAttackers), std::to_string(crowd.Connections()),
-               std::to_string(crowd.Writes()), Microseconds(idle), Microseconds(attacked),
-               Number(factor, 1), std::to_string(serving), Change(before.handles, after.handles),
+    table.Add({Attacks()[kind].name, std::to_string(kAttackers),
+               std::to_string(crowd.Connections()), std::to_string(crowd.Writes()),
+               Microseconds(idle), Microseconds(attacked), Number(factor, 1),
+               std::to_string(serving), Change(before.handles, after.handles),
                Change(before.threads, after.threads),
                Change(before.privateBytes / 1024, after.privateBytes / 1024),
                verdict.empty() ? "ok" : "FAILED:" + verdict});
@@ -152,7 +106,7 @@ bool TryOneMore(WireClient& honest) {
   return refused == ERROR_PIPE_BUSY && connected && honest.IsServed();
 }
 
-bool RunAll(double seconds, bool markdown) {
+bool RunAll(double seconds, bool markdown, const std::string& only) {
   e2e::RegistryScratch registry;
   registry.CreateKey(kKey);
   registry.SetValue(kKey, kBigValue, REG_SZ, Bytes(kBigSize, 'x') + '\0');
@@ -161,9 +115,9 @@ bool RunAll(double seconds, bool markdown) {
   if (!server.Start() || !honest.Connect()) bench::Die("the server does not serve");
 
   // What is touched for the first time counts for nobody.
-  for (const Attack& attack : Attacks()) {
+  for (std::size_t kind = 0; kind < Attacks().size(); ++kind) {
     Waits ignored;
-    const Crowd crowd(attack);
+    const Crowd crowd(kind);
     (void)Watch(honest, kWarmUpSeconds, ignored);
   }
   (void)ServingInstances(honest);
@@ -174,9 +128,11 @@ bool RunAll(double seconds, bool markdown) {
              "Private KiB", "Verdict"});
   bool passed = true;
   Trial trial(server, honest);
-  for (const Attack& attack : Attacks()) {
-    (void)std::fprintf(stderr, "%s ...\n", attack.name);
-    passed &= trial.Run(attack, seconds, table);
+  for (std::size_t kind = 0; kind < Attacks().size(); ++kind) {
+    const std::string name = Attacks()[kind].name;
+    if (name.find(only) == std::string::npos) continue;
+    (void)std::fprintf(stderr, "%s ...\n", name.c_str());
+    passed &= trial.Run(kind, seconds, table);
   }
   table.Print(markdown);
   passed &= TryOneMore(honest);
@@ -187,18 +143,25 @@ bool RunAll(double seconds, bool markdown) {
 }  // namespace hostile
 
 int main(int argc, char** argv) {
+  if (argc == 3 && std::string(argv[1]) == hostile::Crowd::kOption) {
+    hostile::Crowd::Drive(std::strtoul(argv[2], nullptr, 10));
+    return 0;
+  }
   double seconds = 3;
   bool markdown = false;
+  std::string only;
   for (int i = 1; i < argc; ++i) {
     const std::string word = argv[i];
     if (word == "--markdown") {
       markdown = true;
     } else if (word == "--seconds" && i + 1 < argc) {
       seconds = std::strtod(argv[++i], nullptr);
+    } else if (word == "--only" && i + 1 < argc) {
+      only = argv[++i];
     } else {
       bench::Die("unknown option, or one without its value: %s", argv[i]);
     }
   }
   if (seconds < 0.1) bench::Die("at least a tenth of a second for each attack");
-  return hostile::RunAll(seconds, markdown) ? 0 : 1;
+  return hostile::RunAll(seconds, markdown, only) ? 0 : 1;
 }
