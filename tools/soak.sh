@@ -14,6 +14,6 @@ QORLIX_LANE=soak WINEDEBUG=-all tools/wine-run.sh build/windows-x86/bin/soak.exe
   --requests "$requests" --csv "Z:$PWD/build/soak.csv" || code=$?
 plot=docs/soak.svg
 [ "$requests" -ge 1000000 ] || plot=build/soak.svg
-tools/plot_soak.py build/soak.csv "$plot"
+tools/plot_soak.py build/soak.csv "$plot" || code=1
 echo "plot: $plot"
 exit "$code"

@@ -108,6 +108,7 @@ testing::AssertionResult SoakClient::Ask() {
     const auto set = step.event->IsSet();
     if (!set) return set;
     step.event->Reset();
+    ++restarts_;
   }
   return client_.Send(step.request);
 }

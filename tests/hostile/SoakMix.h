@@ -35,6 +35,8 @@ class SoakClient {
   testing::AssertionResult Take();
 
   std::uint64_t Connections() const { return connections_; }
+  /// Restarts that have come to their end.
+  std::uint64_t Restarts() const { return restarts_; }
 
  private:
   const Step& Current() const { return steps_[static_cast<std::size_t>(asked_ % steps_.size())]; }
@@ -44,6 +46,7 @@ class SoakClient {
   e2e::WireClient client_;
   std::uint64_t asked_ = 0;
   std::uint64_t connections_ = 0;
+  std::uint64_t restarts_ = 0;
 };
 
 /// The clients of the mix. Whatever the server is known to keep is not among what they ask for:
