@@ -12,7 +12,7 @@ namespace hostile {
 namespace {
 
 constexpr char kName[] = "QorlixHostileCrowd";
-constexpr DWORD kPatienceMs = 20000;
+constexpr DWORD kPatienceMs = 60000;
 constexpr std::uint32_t kUnderWay = 2;  // rounds after which all have done something
 
 }  // namespace
