@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "tests/hostile/ScratchKey.h"
+
 namespace hostile {
 namespace {
 
@@ -16,7 +18,7 @@ const Bytes& NoOperation() {
 }
 
 const Bytes& GetBig() {
-  static const Bytes request = Wire("1600") + Text(kKey) + Text(kBigValue);
+  static const Bytes request = Wire("1600") + Text(kScratchKey) + Text(kBigName);
   return request;
 }
 

@@ -9,11 +9,6 @@
 
 namespace hostile {
 
-/// A key of this suite, and a value in it whose reply fills the pipe of a client almost alone.
-inline constexpr char kKey[] = "SOFTWARE\\Vesmark\\NORVA\\E2E";
-inline constexpr char kBigValue[] = "Big";
-inline constexpr std::size_t kBigSize = 8100;
-
 /// One hostile client. It is moved on step by step and never waits, so that one thread can drive
 /// a crowd of them.
 class Attacker {

@@ -15,6 +15,7 @@
 #include "tests/e2e/RegistryScratch.h"
 #include "tests/hostile/Attacks.h"
 #include "tests/hostile/Crowd.h"
+#include "tests/hostile/ScratchKey.h"
 #include "tests/hostile/TextTable.h"
 #include "tests/hostile/Watch.h"
 
@@ -108,8 +109,8 @@ bool TryOneMore(WireClient& honest) {
 
 bool RunAll(double seconds, bool markdown, const std::string& only) {
   e2e::RegistryScratch registry;
-  registry.CreateKey(kKey);
-  registry.SetValue(kKey, kBigValue, REG_SZ, Bytes(kBigSize, 'x') + '\0');
+  registry.CreateKey(kScratchKey);
+  registry.SetValue(kScratchKey, kBigName, REG_SZ, Bytes(kBigLength, 'x') + '\0');
   ServerProcess server;
   WireClient honest;
   if (!server.Start() || !honest.Connect()) bench::Die("the server does not serve");

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "codec/Wire.h"
+#include "tests/hostile/ScratchKey.h"
 #include "tests/hostile/Surroundings.h"
 
 namespace hostile {

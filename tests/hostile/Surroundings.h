@@ -10,14 +10,10 @@
 #include "tests/e2e/PluginTest.h"
 #include "tests/e2e/RestartTest.h"
 #include "tests/e2e/StandIns.h"
+#include "tests/hostile/ScratchKey.h"
 #include "tests/support/RegistryKeyScratch.h"
 
 namespace hostile {
-
-/// A key of our own, and in it a value whose reply is nearly as long as a reply can be.
-inline constexpr char kScratchKey[] = "SOFTWARE\\Vesmark\\NORVA\\E2E";
-inline constexpr char kBigName[] = "Big";
-inline constexpr std::size_t kBigLength = 8100;
 
 /// Events that clients have made for their restarts.
 inline constexpr std::uint32_t kEvents = 4;
