@@ -76,7 +76,8 @@ def panel(top: float, title: str, unit: str, xs: list, lines: list, first_colour
     for i in range(math.floor(x_end / x_step + 1e-9) + 1):
         x = x_of(i * x_step)
         out.append(f'<line class="grid" x1="{x:.1f}" x2="{x:.1f}" y1="{top}" y2="{top + PANEL}"/>')
-        out.append(f'<text class="axis" x="{x:.1f}" y="{top + PANEL + 18}" text-anchor="middle">'
+        anchor = "end" if x > LEFT + inner - 30 else "middle"
+        out.append(f'<text class="axis" x="{x:.1f}" y="{top + PANEL + 18}" text-anchor="{anchor}">'
                    f'{short(i * x_step)}</text>')
     out.append(f'<rect class="frame" x="{LEFT}" y="{top}" width="{inner}" height="{PANEL}"/>')
     middle = top + PANEL / 2
@@ -85,7 +86,7 @@ def panel(top: float, title: str, unit: str, xs: list, lines: list, first_colour
     for colour, (name, values) in enumerate(lines, start=first_colour):
         points = " ".join(f"{x_of(x):.1f},{y_of(y):.1f}" for x, y in zip(xs, values))
         out.append(f'<polyline class="line c{colour}" points="{points}"/>')
-        y = y_of(values[-1])
+        y = min(y_of(values[-1]), top + PANEL - 22)  # above the numbers of the axis
         out.append(f'<text class="t{colour}" x="{LEFT + inner + 8}" y="{y - 2:.1f}">'
                    f'{escape(name)}</text>')
         out.append(f'<text class="axis" x="{LEFT + inner + 8}" y="{y + 13:.1f}">'
