@@ -35,8 +35,9 @@ struct HandleEntry {
   ULONG reserved;
 };
 
-// For systems that answer the plain question with nothing.
-std::uint32_t CountInListOfAllHandles(std::uint32_t processId) {
+// Also for systems that answer the plain question for one process with nothing.
+template <typename Wanted>
+std::uint32_t CountInListOfAllHandles(Wanted wanted) {
   constexpr std::size_t kRoom = 4 << 20;
   using Query = NTSTATUS(NTAPI*)(int, void*, ULONG, ULONG*);
   const auto query = reinterpret_cast<Query>(
@@ -49,9 +50,7 @@ std::uint32_t CountInListOfAllHandles(std::uint32_t processId) {
   const auto* const head = reinterpret_cast<const HandleList*>(list.data());
   const auto* const entries =
       reinterpret_cast<const HandleEntry*>(list.data() + sizeof(HandleList));
-  return static_cast<std::uint32_t>(
-      std::count_if(entries, entries + head->count,
-                    [processId](const HandleEntry& entry) { return entry.process == processId; }));
+  return static_cast<std::uint32_t>(std::count_if(entries, entries + head->count, wanted));
 }
 
 template <typename Count>
@@ -186,7 +185,11 @@ void ServerProcess::Kill() {
 std::uint32_t ServerProcess::HandleCount() const {
   DWORD count = 0;
   if (GetProcessHandleCount(process_, &count) != FALSE && count != 0) return count;
-  return CountInListOfAllHandles(id_);
+  return CountInListOfAllHandles([this](const HandleEntry& entry) { return entry.process == id_; });
+}
+
+std::uint32_t ServerProcess::HandlesOfAllProcesses() {
+  return CountInListOfAllHandles([](const HandleEntry&) { return true; });
 }
 
 testing::AssertionResult ServerProcess::ComesBackToHandleCount(std::uint32_t count) const {

@@ -45,6 +45,9 @@ class ServerProcess {
   /// Handles that it holds, as the system counts them; 0 if the system does not tell.
   std::uint32_t HandleCount() const;
 
+  /// Handles of all processes, servers and others; 0 if the system does not tell.
+  static std::uint32_t HandlesOfAllProcesses();
+
   /// Whether it comes back to that many handles or fewer; the system may hold one more for a moment
   /// while an operation of the server runs.
   testing::AssertionResult ComesBackToHandleCount(std::uint32_t count) const;
