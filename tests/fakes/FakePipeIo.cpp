@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <deque>
 #include <map>
+#include <optional>
 #include <utility>
 
 #include "server/PipeInstance.h"
@@ -24,6 +25,8 @@ struct Instance {
   void* readBuffer = nullptr;
   Bytes writing;
   Bytes written;
+  std::optional<std::uint32_t> client;
+  int clientQuestions = 0;
 };
 
 struct State {
@@ -113,6 +116,8 @@ int Waits() { return g_state.waits; }
 int Polls() { return g_state.polls; }
 Bytes Written(int conId) { return g_state.instances[conId].written; }
 bool IsSignalled(int conId) { return g_state.instances[conId].signalled; }
+void SetClientProcess(int conId, std::uint32_t id) { g_state.instances[conId].client = id; }
+int ClientQuestions(int conId) { return g_state.instances[conId].clientQuestions; }
 void AdvanceClock(std::uint64_t milliseconds) { g_state.now += milliseconds; }
 
 }  // namespace fake_pipe_io
@@ -264,6 +269,14 @@ void Close(HANDLE pipe) {
 std::uint64_t Now() {
   const NotOurs notOurs;
   return g_state.now;
+}
+std::uint32_t ClientProcess(HANDLE pipe) {
+  const NotOurs notOurs;
+  constexpr std::uint32_t kFirst = 4000;
+  const int conId = ConIdOf(pipe, kPipeBase);
+  Instance& instance = g_state.instances[conId];
+  ++instance.clientQuestions;
+  return instance.client.value_or(kFirst + static_cast<std::uint32_t>(conId));
 }
 void GiveWay() {
   const NotOurs notOurs;
