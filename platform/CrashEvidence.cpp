@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <dbghelp.h>
 #include <process.h>
 #include <psapi.h>
 
@@ -11,25 +10,23 @@
 #include "platform/AdminFolder.h"
 #include "platform/EvidenceSlot.h"
 #include "platform/GuardedCall.h"
+#include "platform/Minidump.h"
 
 // The thread that crashed may have no stack left, and the heap may be damaged or locked by it. So
 // it does no more than to wake a thread that has waited for this since the start, and to wait for
-// it, but not for ever. That thread writes the text first: it needs the least. The library that
-// makes dumps is loaded only then, because loading it at every start would cost every start.
+// it, but not for ever.
 
 namespace platform {
 namespace {
 
-// A dump takes a fraction of a second. Where the writer cannot go on, because the crashed thread
-// holds the lock of the heap or of the loader, the process ends after this all the same.
+// A dump takes some milliseconds. Where the writer cannot go on, because the system's own calls wait
+// for a heap that the crashed thread has locked, the process ends after this all the same.
 constexpr DWORD kWriteMs = 20000;
 
-// The dump library walks the modules and stacks with it.
-constexpr unsigned kWriterStack = 512 * 1024;
+constexpr unsigned kWriterStack = 256 * 1024;
 
 struct Evidence {
   PathBuffer folder;
-  PathBuffer dumpLibrary;
   char name[32];
   DescribeCrash describe;
   DWORD preparingThread;
@@ -139,30 +136,12 @@ bool WriteText(std::size_t slot) {
 }
 
 bool WriteDump(std::size_t slot) {
-  Evidence& e = g_evidence;
-  using Write = decltype(&MiniDumpWriteDump);
-  const HMODULE library = LoadLibraryA(e.dumpLibrary);
-  const auto write = library == nullptr ? nullptr
-                                        : reinterpret_cast<Write>(
-                                              GetProcAddress(library, "MiniDumpWriteDump"));
-  if (write == nullptr) {
-    Complain("it cannot be loaded", e.dumpLibrary);
-    return false;
-  }
+  const Evidence& e = g_evidence;
   const HANDLE file = MakeFile(PathOf(slot, "dmp"));
   if (file == INVALID_HANDLE_VALUE) return false;
-
-  MINIDUMP_EXCEPTION_INFORMATION exception = {e.thread, e.pointers, /*ClientPointers=*/FALSE};
-  const auto asMuchAs = [&](int type) {
-    return write(GetCurrentProcess(), GetCurrentProcessId(), file,
-                 static_cast<MINIDUMP_TYPE>(type), &exception, nullptr, nullptr) != FALSE;
-  };
-  // An older library refuses what it does not know.
-  const bool isWritten =
-      asMuchAs(MiniDumpWithIndirectlyReferencedMemory | MiniDumpWithUnloadedModules) ||
-      asMuchAs(MiniDumpNormal);
+  const bool isWritten = WriteMinidump(file, e.pointers, e.thread);
   (void)CloseHandle(file);
-  if (!isWritten) Complain("the dump cannot be written", e.path);
+  if (!isWritten) Complain("it cannot be written", e.path);
   return isWritten;
 }
 
@@ -222,10 +201,6 @@ bool PrepareCrashEvidence(const char* folder, const char* name, DescribeCrash de
   std::memcpy(e.name, name, std::strlen(name) + 1);
   e.folder[0] = '\0';
   if (AppendToPath(e.folder, folder) != 0) return false;
-  if (!IsSystemDirectory(SystemDirectory(e.dumpLibrary)) ||
-      AppendToPath(e.dumpLibrary, "\\dbghelp.dll") != 0) {
-    return false;
-  }
   e.describe = describe;
   e.preparingThread = GetCurrentThreadId();
   e.wanted = MakeEvent();

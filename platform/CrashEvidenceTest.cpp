@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -47,11 +48,11 @@ void Fault() {
   *nowhere = 1;
 }
 
-// Not to be understood by the compiler.
-int UseStack(volatile int depth) {
+// Deeper than any stack; the compiler is not to see that it has no end.
+int UseStack(int depth) {
   volatile char block[4096];
   block[0] = static_cast<char>(depth);
-  return UseStack(depth + 1) + block[0];
+  return depth < 0 ? 0 : UseStack(depth + 1) + block[0];
 }
 
 DWORD WINAPI FaultOnThread(void*) {
@@ -180,7 +181,6 @@ TEST_F(CrashEvidenceTest, AnAccessViolationLeavesATextAndADump) {
   ASSERT_TRUE(dump);
   EXPECT_EQ(dump->code, static_cast<DWORD>(STATUS_ACCESS_VIOLATION));
   EXPECT_EQ(dump->thread, threadId_);
-  EXPECT_GE(dump->threads, 2u);
   EXPECT_GE(dump->modules, 3u);
 }
 
@@ -204,6 +204,7 @@ TEST_F(CrashEvidenceTest, ACrashOfAnotherThreadIsToldAsSuch) {
   const auto dump = ReadMinidump(File("Crash-1.dmp"));
   ASSERT_TRUE(dump);
   EXPECT_NE(dump->thread, threadId_);
+  EXPECT_EQ(dump->threads, 2u);
 }
 
 TEST_F(CrashEvidenceTest, OfTwoThreadsThatCrashTogetherNoneCutsTheEvidenceShort) {
