@@ -26,8 +26,8 @@ bool MakeSid(WELL_KNOWN_SID_TYPE type, SidRoom& room) {
 
 // The service that installs the system; it owns most of the system's folders.
 bool IsTrustedInstaller(PSID sid) {
-  static constexpr DWORD kParts[] = {SECURITY_SERVICE_ID_BASE_RID, 956008885,  3418522649,
-                                     1831038044,                   1853292631, 2271478464};
+  static constexpr DWORD kParts[] = {
+      SECURITY_SERVICE_ID_BASE_RID, 956008885, 3418522649, 1831038044, 1853292631, 2271478464};
   SID_IDENTIFIER_AUTHORITY nt = {SECURITY_NT_AUTHORITY};
   if (memcmp(GetSidIdentifierAuthority(sid), &nt, sizeof(nt)) != 0) return false;
   if (*GetSidSubAuthorityCount(sid) != sizeof(kParts) / sizeof(kParts[0])) return false;
@@ -42,8 +42,7 @@ bool IsOurUser(PSID sid) {
     SidRoom room;
   } ours = {};
   DWORD size = 0;
-  const bool read =
-      GetTokenInformation(token, TokenUser, &ours, sizeof(ours), &size) != FALSE;
+  const bool read = GetTokenInformation(token, TokenUser, &ours, sizeof(ours), &size) != FALSE;
   (void)CloseHandle(token);
   return read && EqualSid(ours.user.User.Sid, sid) != FALSE;
 }
@@ -87,17 +86,16 @@ SECURITY_ATTRIBUTES* AdministratorsOnly() {
   if (isMade) return &attributes;
 
   constexpr DWORD kInherit = OBJECT_INHERIT_ACE | CONTAINER_INHERIT_ACE;
-  isMade = MakeSid(WinBuiltinAdministratorsSid, administrators) &&
-           MakeSid(WinLocalSystemSid, system) &&
-           InitializeAcl(&list.acl, sizeof(list), ACL_REVISION) != FALSE &&
-           AddAccessAllowedAceEx(&list.acl, ACL_REVISION, kInherit, FILE_ALL_ACCESS,
-                                 &administrators) != FALSE &&
-           AddAccessAllowedAceEx(&list.acl, ACL_REVISION, kInherit, FILE_ALL_ACCESS, &system) !=
-               FALSE &&
-           InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION) != FALSE &&
-           SetSecurityDescriptorOwner(&descriptor, &administrators, FALSE) != FALSE &&
-           SetSecurityDescriptorDacl(&descriptor, TRUE, &list.acl, FALSE) != FALSE &&
-           SetSecurityDescriptorControl(&descriptor, SE_DACL_PROTECTED, SE_DACL_PROTECTED) != FALSE;
+  isMade =
+      MakeSid(WinBuiltinAdministratorsSid, administrators) && MakeSid(WinLocalSystemSid, system) &&
+      InitializeAcl(&list.acl, sizeof(list), ACL_REVISION) != FALSE &&
+      AddAccessAllowedAceEx(&list.acl, ACL_REVISION, kInherit, FILE_ALL_ACCESS, &administrators) !=
+          FALSE &&
+      AddAccessAllowedAceEx(&list.acl, ACL_REVISION, kInherit, FILE_ALL_ACCESS, &system) != FALSE &&
+      InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION) != FALSE &&
+      SetSecurityDescriptorOwner(&descriptor, &administrators, FALSE) != FALSE &&
+      SetSecurityDescriptorDacl(&descriptor, TRUE, &list.acl, FALSE) != FALSE &&
+      SetSecurityDescriptorControl(&descriptor, SE_DACL_PROTECTED, SE_DACL_PROTECTED) != FALSE;
   return isMade ? &attributes : nullptr;
 }
 

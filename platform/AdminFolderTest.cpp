@@ -23,8 +23,7 @@ bool IsSafe(const std::string& text) {
   return safe;
 }
 
-constexpr char kInstaller[] =
-    "S-1-5-80-956008885-3418522649-1831038044-1853292631-2271478464";
+constexpr char kInstaller[] = "S-1-5-80-956008885-3418522649-1831038044-1853292631-2271478464";
 
 TEST(AdminFolderTest, AdministratorsTheSystemAndItsInstallerAreTrusted) {
   EXPECT_TRUE(IsSafe("O:BAG:SYD:P(A;OICI;FA;;;BA)(A;OICI;FA;;;SY)"));
@@ -39,8 +38,9 @@ TEST(AdminFolderTest, OthersMayReadIt) {
 }
 
 TEST(AdminFolderTest, AFolderMadeByHandInTheSystemsIsSafe) {
-  EXPECT_TRUE(IsSafe("O:BAG:SYD:AI(A;ID;FA;;;SY)(A;OICIIOID;GA;;;SY)(A;OICIIOID;GA;;;CO)"
-                     "(A;ID;0x1200a9;;;BU)(A;OICIIOID;GXGR;;;BU)"));
+  EXPECT_TRUE(
+      IsSafe("O:BAG:SYD:AI(A;ID;FA;;;SY)(A;OICIIOID;GA;;;SY)(A;OICIIOID;GA;;;CO)"
+             "(A;ID;0x1200a9;;;BU)(A;OICIIOID;GXGR;;;BU)"));
 }
 
 TEST(AdminFolderTest, AnOwnerWhoIsNobodyOfTheseIsNot) {
@@ -52,8 +52,8 @@ TEST(AdminFolderTest, AnOwnerWhoIsNobodyOfTheseIsNot) {
 
 TEST(AdminFolderTest, ARightToWriteForOthersIsNotSafe) {
   // Each kind of writing alone, and generic rights, on a folder and for what is made in it.
-  for (const char* const right : {"FA", "GA", "GW", "0x2", "0x4", "0x10", "0x40", "0x100", "SD",
-                                  "WD", "WO", "0x2000000"}) {
+  for (const char* const right :
+       {"FA", "GA", "GW", "0x2", "0x4", "0x10", "0x40", "0x100", "SD", "WD", "WO", "0x2000000"}) {
     for (const char* const who : {"BU", "WD", "AU", "IU", "CO", "S-1-5-21-1-2-3-1001"}) {
       const std::string ace = ";" + std::string(right) + ";;;" + who + ")";
       EXPECT_FALSE(IsSafe("O:BAG:SYD:(A;" + ace)) << ace;
@@ -68,9 +68,7 @@ TEST(AdminFolderTest, ADenialGrantsNothingAndTakesNothingBack) {
   EXPECT_FALSE(IsSafe("O:BAG:SYD:(D;;0x2;;;BU)(A;;GW;;;BU)"));
 }
 
-TEST(AdminFolderTest, WithoutAnAccessListEverybodyMayWrite) {
-  EXPECT_FALSE(IsSafe("O:BAG:SY"));
-}
+TEST(AdminFolderTest, WithoutAnAccessListEverybodyMayWrite) { EXPECT_FALSE(IsSafe("O:BAG:SY")); }
 
 TEST(AdminFolderTest, OurOwnDescriptorIsSafe) {
   const SECURITY_ATTRIBUTES* const ours = AdministratorsOnly();
@@ -143,7 +141,8 @@ TEST_F(PrepareAdminFolderTest, ALinkIsRefusedWhereverItLeads) {
       GetProcAddress(GetModuleHandleA("kernel32.dll"), "CreateSymbolicLinkA"));
   const std::string target = path_ + "_target";
   ASSERT_EQ(PrepareAdminFolder(target.c_str()), nullptr);
-  const bool linked = make != nullptr && make(path_.c_str(), target.c_str(), /*directory=*/1) != 0 &&
+  const bool linked = make != nullptr &&
+                      make(path_.c_str(), target.c_str(), /*directory=*/1) != 0 &&
                       GetFileAttributesA(path_.c_str()) != INVALID_FILE_ATTRIBUTES;
   if (linked) {
     EXPECT_STREQ(PrepareAdminFolder(path_.c_str()), "it is no folder");

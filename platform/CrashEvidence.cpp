@@ -19,8 +19,8 @@
 namespace platform {
 namespace {
 
-// A dump takes some milliseconds. Where the writer cannot go on, because the system's own calls wait
-// for a heap that the crashed thread has locked, the process ends after this all the same.
+// A dump takes some milliseconds. Where the writer cannot go on, because the system's own calls
+// wait for a heap that the crashed thread has locked, the process ends after this all the same.
 constexpr DWORD kWriteMs = 20000;
 
 constexpr unsigned kWriterStack = 256 * 1024;
@@ -80,9 +80,9 @@ std::size_t NextSlot() {
 // Makes a file that was not there; what has the name is removed first, not written through.
 HANDLE MakeFile(const char* path) {
   (void)DeleteFileA(path);
-  const HANDLE file = CreateFileA(path, GENERIC_READ | GENERIC_WRITE, /*dwShareMode=*/0,
-                                  AdministratorsOnly(), CREATE_NEW,
-                                  FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+  const HANDLE file =
+      CreateFileA(path, GENERIC_READ | GENERIC_WRITE, /*dwShareMode=*/0, AdministratorsOnly(),
+                  CREATE_NEW, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
   if (file == INVALID_HANDLE_VALUE) Complain("it cannot be made", path);
   return file;
 }

@@ -32,8 +32,8 @@ using DescribeCrash = std::size_t (*)(const Crash& crash, char* text, std::size_
 inline constexpr std::size_t kCrashTextSize = 32 * 1024;
 
 /// From now on an unhandled exception leaves `<name>-<n>.txt`, with what `describe` says, and a
-/// minidump `<name>-<n>.dmp` in a folder, n from 1 to 8; the oldest ones are replaced. The folder is
-/// made when it is needed, and used only if nobody but administrators can write to it; otherwise
+/// minidump `<name>-<n>.dmp` in a folder, n from 1 to 8; the oldest ones are replaced. The folder
+/// is made when it is needed, and used only if nobody but administrators can write to it; otherwise
 /// the debugger output says so, and nothing is written.
 ///
 /// What became of the exception without this becomes of it still, up to 20 s later. Once for a

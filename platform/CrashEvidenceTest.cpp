@@ -30,12 +30,11 @@ constexpr DWORD kPatienceMs = 60000;
 // --- What runs in the process that crashes ---
 
 std::size_t Describe(const platform::Crash& crash, char* text, std::size_t capacity) {
-  return static_cast<std::size_t>(
-      std::snprintf(text, capacity, "code %08lx thread %lu %s process %lu module %s year %u",
-                    static_cast<unsigned long>(crash.code),
-                    static_cast<unsigned long>(crash.thread),
-                    crash.isPreparingThread ? "preparing" : "other",
-                    static_cast<unsigned long>(crash.process), crash.module, crash.year));
+  return static_cast<std::size_t>(std::snprintf(
+      text, capacity, "code %08lx thread %lu %s process %lu module %s year %u",
+      static_cast<unsigned long>(crash.code), static_cast<unsigned long>(crash.thread),
+      crash.isPreparingThread ? "preparing" : "other", static_cast<unsigned long>(crash.process),
+      crash.module, crash.year));
 }
 
 std::size_t DescribeAndFail(const platform::Crash&, char*, std::size_t) {

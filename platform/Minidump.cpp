@@ -289,10 +289,8 @@ bool WriteMinidump(HANDLE handle, void* exceptionPointers, std::uint32_t thread)
   AddOtherThreads(file, thread);
   AddModules(file);
   head.streams[kSystem] = {SystemInfoStream, AddSystem(file)};
-  head.streams[kThreads] = {ThreadListStream,
-                            file.AddList(g_lists.threadCount, g_lists.threads)};
-  head.streams[kModules] = {ModuleListStream,
-                            file.AddList(g_lists.moduleCount, g_lists.modules)};
+  head.streams[kThreads] = {ThreadListStream, file.AddList(g_lists.threadCount, g_lists.threads)};
+  head.streams[kModules] = {ModuleListStream, file.AddList(g_lists.moduleCount, g_lists.modules)};
   head.streams[kMemory] = {MemoryListStream, file.AddList(g_lists.memoryCount, g_lists.memory)};
   head.streams[kException] = {ExceptionStream,
                               AddException(file, *pointers.ExceptionRecord, thread, registers)};

@@ -52,9 +52,9 @@ void Begin(std::uint16_t command, int connection, std::uint32_t client) {
   Slot& slot = SlotOf(number);
   slot.number.store(0, std::memory_order_relaxed);
   std::atomic_thread_fence(std::memory_order_release);
-  slot.commandAndConnection.store(static_cast<std::uint32_t>(command) << 16 |
-                                      static_cast<std::uint16_t>(connection),
-                                  std::memory_order_relaxed);
+  slot.commandAndConnection.store(
+      static_cast<std::uint32_t>(command) << 16 | static_cast<std::uint16_t>(connection),
+      std::memory_order_relaxed);
   slot.client.store(client, std::memory_order_relaxed);
   slot.result.store(0, std::memory_order_relaxed);
   slot.number.store(number, std::memory_order_release);

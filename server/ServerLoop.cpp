@@ -29,7 +29,8 @@ bool IsDue(const PipeInstance& pipe) {
   return pipe.fConnectFailed == 0 && pipe.hPipe != nullptr;
 }
 
-// Asked once for each connection: it is a call of the system, and a request is not to cost one more.
+// Asked once for each connection: it is a call of the system, and a request is not to cost one
+// more.
 std::uint32_t ClientOf(PipeInstance& pipe) {
   if (pipe.clientProcess == kClientNotAsked) {
     pipe.clientProcess = pipe_io::ClientProcess(pipe.hPipe);
