@@ -129,8 +129,8 @@ TEST_F(PrepareAdminFolderTest, AFolderThatOthersMayWriteToIsRefused) {
   ASSERT_NE(ConvertStringSecurityDescriptorToSecurityDescriptorA(
                 "D:P(A;OICI;FA;;;BA)(A;OICI;FA;;;WD)", SDDL_REVISION_1, &open, nullptr),
             FALSE);
-  SECURITY_ATTRIBUTES attributes = {sizeof(attributes), open, FALSE};
-  ASSERT_NE(CreateDirectoryA(path_.c_str(), &attributes), FALSE);
+  ASSERT_NE(CreateDirectoryA(path_.c_str(), nullptr), FALSE);
+  ASSERT_NE(SetFileSecurityA(path_.c_str(), DACL_SECURITY_INFORMATION, open), FALSE);
   (void)LocalFree(open);
   EXPECT_STREQ(PrepareAdminFolder(path_.c_str()), "others than administrators may write to it");
 }

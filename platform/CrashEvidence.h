@@ -29,7 +29,7 @@ struct Crash {
 using DescribeCrash = std::size_t (*)(const Crash& crash, char* text, std::size_t capacity);
 
 /// The text is no longer than this.
-inline constexpr std::size_t kCrashTextSize = 32 * 1024;
+inline constexpr std::size_t kCrashTextSize = 32768;
 
 /// From now on an unhandled exception leaves `<name>-<n>.txt`, with what `describe` says, and a
 /// minidump `<name>-<n>.dmp` in a folder, n from 1 to 8; the oldest ones are replaced. The folder

@@ -63,13 +63,11 @@ LONG WINAPI GoOn(EXCEPTION_POINTERS*) { return EXCEPTION_CONTINUE_EXECUTION; }
 
 LONG WINAPI EndWith77(EXCEPTION_POINTERS*) { ExitProcess(77); }
 
-TEST(CrashEvidenceChild, DISABLED_Crashes) {
-  const std::string kind = std::getenv(kKind);
+[[noreturn]] void CrashAs(const std::string& kind) {
   if (kind == "goes on") (void)SetUnhandledExceptionFilter(GoOn);
   if (kind == "ends") (void)SetUnhandledExceptionFilter(EndWith77);
-  const bool describes = kind != "describe";
-  ASSERT_TRUE(platform::PrepareCrashEvidence(std::getenv(kFolder), "Crash",
-                                             describes ? Describe : DescribeAndFail));
+  const auto describe = kind == "describe" ? DescribeAndFail : Describe;
+  if (!platform::PrepareCrashEvidence(std::getenv(kFolder), "Crash", describe)) std::exit(56);
   if (kind == "stack") std::exit(UseStack(1));
   if (kind == "foreign" || kind == "goes on") RaiseException(0xE06D7363, 0, 0, nullptr);
   if (kind == "thread") {
@@ -85,6 +83,17 @@ TEST(CrashEvidenceChild, DISABLED_Crashes) {
   if (kind != "goes on") Fault();
   std::exit(55);
 }
+
+class CrashWhereAsked : public testing::Environment {
+ public:
+  void SetUp() override {
+    const char* const kind = std::getenv(kKind);
+    if (kind != nullptr) CrashAs(kind);
+  }
+};
+
+[[maybe_unused]] const testing::Environment* const g_environment =
+    testing::AddGlobalTestEnvironment(new CrashWhereAsked);
 
 // --- What looks at it ---
 
@@ -108,8 +117,7 @@ class CrashEvidenceTest : public testing::Test {
   DWORD Crash(const std::string& kind) {
     char program[MAX_PATH];
     (void)GetModuleFileNameA(nullptr, program, sizeof(program));
-    std::string line = "\"" + std::string(program) +
-                       "\" --gtest_also_run_disabled_tests --gtest_filter=CrashEvidenceChild.*";
+    std::string line = "\"" + std::string(program) + "\"";
     (void)SetEnvironmentVariableA(kFolder, folder_.c_str());
     (void)SetEnvironmentVariableA(kKind, kind.c_str());
     STARTUPINFOA startup = {};
@@ -121,6 +129,7 @@ class CrashEvidenceTest : public testing::Test {
     }
     id_ = started.dwProcessId;
     threadId_ = started.dwThreadId;
+    (void)SetEnvironmentVariableA(kKind, nullptr);
     DWORD code = 0;
     EXPECT_EQ(WaitForSingleObject(started.hProcess, kPatienceMs), WAIT_OBJECT_0);
     (void)GetExitCodeProcess(started.hProcess, &code);

@@ -273,6 +273,7 @@ std::uint64_t Now() {
 std::uint32_t ClientProcess(HANDLE pipe) {
   const NotOurs notOurs;
   constexpr std::uint32_t kFirst = 4000;
+  if (!IsPipe(pipe)) return 0;
   const int conId = ConIdOf(pipe, kPipeBase);
   Instance& instance = g_state.instances[conId];
   ++instance.clientQuestions;
