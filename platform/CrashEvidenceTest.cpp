@@ -190,6 +190,7 @@ TEST_F(CrashEvidenceTest, AnAccessViolationLeavesATextAndADump) {
   EXPECT_EQ(dump->code, static_cast<DWORD>(STATUS_ACCESS_VIOLATION));
   EXPECT_EQ(dump->thread, threadId_);
   EXPECT_GE(dump->modules, 3u);
+  EXPECT_TRUE(dump->hasItsStack);
 }
 
 TEST_F(CrashEvidenceTest, AStackOverflowDoesToo) {
@@ -198,6 +199,7 @@ TEST_F(CrashEvidenceTest, AStackOverflowDoesToo) {
   const auto dump = ReadMinidump(File("Crash-1.dmp"));
   ASSERT_TRUE(dump);
   EXPECT_EQ(dump->code, static_cast<DWORD>(STATUS_STACK_OVERFLOW));
+  EXPECT_TRUE(dump->hasItsStack);
 }
 
 TEST_F(CrashEvidenceTest, AForeignExceptionDoesToo) {

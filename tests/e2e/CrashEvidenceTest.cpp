@@ -85,6 +85,7 @@ TEST_F(CrashEvidenceTest, APluginThatFaultsLeavesADumpOfTheThreadThatCalledIt) {
   EXPECT_EQ(dump->code, static_cast<std::uint32_t>(STATUS_ACCESS_VIOLATION));
   EXPECT_GE(dump->threads, 2u) << "the watch at least";
   EXPECT_GE(dump->modules, 4u);
+  EXPECT_TRUE(dump->hasItsStack);
 
   const std::string text = evidence::File("QorlixSRV-1.txt");
   EXPECT_THAT(text, HasSubstr("Process:   " + std::to_string(server_.Id()) + "\r\n"));
@@ -92,6 +93,9 @@ TEST_F(CrashEvidenceTest, APluginThatFaultsLeavesADumpOfTheThreadThatCalledIt) {
                               ", which serves the requests\r\n"));
   EXPECT_THAT(text, HasSubstr("Exception: 0xc0000005, writing 0x00000000\r\n"));
   EXPECT_THAT(text, HasSubstr("sampledev.dll+0x"));
+  char address[32];
+  (void)wsprintfA(address, "Address:   0x%08x, ", static_cast<unsigned>(dump->address));
+  EXPECT_THAT(text, HasSubstr(address));
 }
 
 TEST_F(CrashEvidenceTest, TheTextNamesTheRequestsBeforeInTheirOrderWithTheirResults) {

@@ -13,6 +13,8 @@ struct MinidumpException {
   std::uint64_t address;
   std::uint32_t threads;  ///< in the dump
   std::uint32_t modules;
+  std::uint64_t stackPointer;  ///< of the exception's thread
+  bool hasItsStack;            ///< the memory it points to is in the dump
 };
 
 namespace minidump {
@@ -45,7 +47,9 @@ inline std::optional<std::size_t> Stream(const std::string& file, std::uint32_t 
 inline std::optional<MinidumpException> ReadMinidump(const std::string& file) {
   constexpr std::uint32_t kThreads = 3;
   constexpr std::uint32_t kModules = 4;
+  constexpr std::uint32_t kMemory = 5;
   constexpr std::uint32_t kException = 6;
+  constexpr std::size_t kStackPointer = 196;  // in the registers of 32-bit x86
   if (file.substr(0, 4) != "MDMP") return std::nullopt;
   const auto threads = minidump::Stream(file, kThreads, 4);
   const auto modules = minidump::Stream(file, kModules, 4);
@@ -57,6 +61,16 @@ inline std::optional<MinidumpException> ReadMinidump(const std::string& file) {
   std::memcpy(&found.address, file.data() + *exception + 24, sizeof(found.address));
   found.threads = *minidump::At(file, *threads);
   found.modules = *minidump::At(file, *modules);
+  const std::size_t registers = minidump::At(file, *exception + 164).value_or(0);
+  found.stackPointer = minidump::At(file, registers + kStackPointer).value_or(0);
+  const std::size_t memory = minidump::Stream(file, kMemory, 4).value_or(file.size());
+  for (std::size_t i = 0; i < minidump::At(file, memory).value_or(0); ++i) {
+    const std::size_t one = memory + 4 + 16 * i;
+    if (minidump::At(file, one) != found.stackPointer) continue;
+    const std::size_t size = minidump::At(file, one + 8).value_or(0);
+    const std::size_t at = minidump::At(file, one + 12).value_or(0);
+    found.hasItsStack = size != 0 && at <= file.size() && file.size() - at >= size;
+  }
   return found;
 }
 
