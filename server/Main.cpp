@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include "platform/GuardedCall.h"
+#include "server/Diagnostics.h"
 #include "server/QorlixSRVPipe.h"
 #include "server/SecurityPlan.h"
 #include "server/SrvSecurity.h"
@@ -48,13 +49,16 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
   }
   ZQ_TRACE(TRC_PROGRESS, kFct, "namedMutex erfolgreich angelegt!");
 
+  Diagnostics diagnostics;
+
   // The process's one timer, which lives as long as the server. No command starts it.
   const CElapsedTimer elapsedTimer(general.Attributes());
 
   auto* const server = new CQorlixSRVPipe(pipe.Attributes());
   (void)server->StartSRV();
 
-  zqotrc::ShutDown();
+  // A watch that waits for the trace keeps its lock, and is not to keep the server from ending.
+  if (diagnostics.StopWatch()) zqotrc::ShutDown();
   server->CloseSRV();
   delete server;
   (void)CloseHandle(mutex);

@@ -119,6 +119,11 @@ void Close(HANDLE pipe) { (void)CloseHandle(pipe); }
 
 std::uint64_t Now() { return GetTickCount64(); }
 
+std::uint32_t ClientProcess(HANDLE pipe) {
+  ULONG id = 0;
+  return GetNamedPipeClientProcessId(pipe, &id) != FALSE ? id : 0;
+}
+
 void GiveWay() { Sleep(0); }
 
 std::uintptr_t ErrorQueryAddress() { return reinterpret_cast<std::uintptr_t>(&GetLastError); }

@@ -52,6 +52,9 @@ void Close(HANDLE pipe);
 /// Milliseconds of a clock that only runs forward.
 std::uint64_t Now();
 
+/// The process that opened the pipe as its client; 0 when the system does not tell.
+std::uint32_t ClientProcess(HANDLE pipe);
+
 /// Lets other threads run once.
 void GiveWay();
 

@@ -10,6 +10,7 @@
 #include "server/BoardControlLock.h"
 #include "server/InstanceEvents.h"
 #include "server/PipeIo.h"
+#include "server/RequestLog.h"
 #include "trace/Zqotrc.h"
 
 PipeInstance Pipe[kPipeInstances];
@@ -39,8 +40,10 @@ CQorlixSRVPipe::CQorlixSRVPipe(SECURITY_ATTRIBUTES* pipeSecurity)
     pipe.cbToWrite = 0;
     pipe.CurrentPointer = 0;
     pipe.fConnectFailed = 0;
+    pipe.clientProcess = kClientNotAsked;
     std::memcpy(pipe.PipeName, kPipeName, sizeof(kPipeName));
   }
+  request_log::Reset();
   CreateBoardControlLock();
 }
 
@@ -142,6 +145,7 @@ void CQorlixSRVPipe::DisconnectAndReconnect(int conId) {
     pipe_io::Abandon(pipe.hPipe, pipe.overlapped);
   }
   pipe.cbWriteNext = 0;
+  pipe.clientProcess = kClientNotAsked;
   if (!pipe_io::Disconnect(pipe.hPipe).success) {
     ZQ_TRACE(TRC_ERROR, kFct, "DisconnectNamedPipe failed with %d",
              static_cast<int>(pipe_io::ErrorQueryAddress()));

@@ -36,8 +36,8 @@ constexpr unsigned kRoundTrips = 11;
 constexpr std::size_t kRoundTrip = 7;
 /// A connection that comes, asks once and goes, that round trip included.
 constexpr std::size_t kConnection = 18;
-/// The same of the server, which asks for nothing beside it.
-constexpr std::size_t kServerConnection = kConnection;
+/// The same of the server, which asks once who its client is, for the log of requests.
+constexpr std::size_t kServerConnection = kConnection + 2;
 /// Around each call of the board-control library.
 constexpr std::size_t kLock = 2;
 

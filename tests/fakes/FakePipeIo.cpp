@@ -29,6 +29,8 @@ struct Instance {
   void* readBuffer = nullptr;
   Bytes writing;
   Bytes written;
+  std::optional<std::uint32_t> client;
+  int clientQuestions = 0;
 };
 
 struct State {
@@ -139,6 +141,8 @@ std::uint32_t BytesInWrite(int conId) {
   return static_cast<std::uint32_t>(g_state.instances[conId].writing.size());
 }
 bool IsSignalled(int conId) { return g_state.instances[conId].signalled; }
+void SetClientProcess(int conId, std::uint32_t id) { g_state.instances[conId].client = id; }
+int ClientQuestions(int conId) { return g_state.instances[conId].clientQuestions; }
 void AdvanceClock(std::uint64_t milliseconds) { g_state.now += milliseconds; }
 
 }  // namespace fake_pipe_io
@@ -310,6 +314,15 @@ void Close(HANDLE pipe) {
 std::uint64_t Now() {
   const NotOurs notOurs;
   return g_state.now;
+}
+std::uint32_t ClientProcess(HANDLE pipe) {
+  const NotOurs notOurs;
+  constexpr std::uint32_t kFirst = 4000;
+  if (!IsPipe(pipe) || fault_plan::Fails("pipe_io::ClientProcess")) return 0;
+  const int conId = ConIdOf(pipe, kPipeBase);
+  Instance& instance = g_state.instances[conId];
+  ++instance.clientQuestions;
+  return instance.client.value_or(kFirst + static_cast<std::uint32_t>(conId));
 }
 void GiveWay() {
   const NotOurs notOurs;

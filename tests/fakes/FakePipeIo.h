@@ -33,7 +33,13 @@ void CompleteRead(int conId, const Bytes& request);
 /// signalled event. With no steps left it fails with error 6, which ends the loop.
 void OnWait(std::function<void()> step);
 
-/// The calls since Reset, as text ("read 5", "write 5 0400..."); polls and clock are not listed.
+/// The process at the other end; 4000 and the number of the instance unless told otherwise.
+void SetClientProcess(int conId, std::uint32_t id);
+/// How often the client of this instance was asked for.
+int ClientQuestions(int conId);
+
+/// The calls since Reset, as text ("read 5", "write 5 0400..."); polls, clock and clients are not
+/// listed.
 const std::vector<std::string>& Calls();
 /// How often the loop waited, and how often it only polled.
 int Waits();

@@ -62,6 +62,7 @@ const std::vector<Function> kFunctions = {
     {kPipeIo, "pipe_io::FlushAll", {kDoesNothing}},
     {kPipeIo, "pipe_io::Close", {}, "of a handle that is open"},
     {kPipeIo, "pipe_io::Now", {}, kMemoryOnly},
+    {kPipeIo, "pipe_io::ClientProcess", {{"does not tell", kNothing}}},
     {kPipeIo, "pipe_io::GiveWay", {}, kNoReport},
     {kPipeIo, "pipe_io::ErrorQueryAddress", {}, "an address"},
 
@@ -194,6 +195,12 @@ const std::vector<Function> kFunctions = {
 const std::vector<PlatformFile> kPlatformFiles = {
     {"server/PipeIo.cpp", kPipeIo},
     {"server/SrvSecurity.cpp", "server/SrvSecurity.h"},
+    {"server/Diagnostics.cpp", "server/Diagnostics.h"},
+    {"server/RequestWatch.cpp", "server/RequestWatch.h"},
+    {"platform/AdminFolder.cpp", "platform/AdminFolder.h"},
+    {"platform/CrashEvidence.cpp", "platform/CrashEvidence.h"},
+    {"platform/MachineSetting.cpp", "platform/MachineSetting.h"},
+    {"platform/Minidump.cpp", "platform/Minidump.h"},
     {"registry/RegistryOperation.cpp", kRegistry},
     {"registry/OsVersionQuery.cpp", kOs},
     {"registry/ProductRegistry.cpp", kProduct},
@@ -218,8 +225,12 @@ const std::vector<Function>& Functions() { return kFunctions; }
 const std::vector<PlatformFile>& PlatformFiles() { return kPlatformFiles; }
 
 const std::vector<std::string>& NotNative() {
-  // The entry alone calls it, before there is a server; its decisions are in SecurityPlan.
-  static const std::vector<std::string> headers = {"server/SrvSecurity.h"};
+  // The entry alone calls them, before there is a server, and threads of their own; decisions are
+  // in SecurityPlan, HangDetector, EvidenceSlot and CrashReport.
+  static const std::vector<std::string> headers = {
+      "server/SrvSecurity.h",   "server/Diagnostics.h",     "server/RequestWatch.h",
+      "platform/AdminFolder.h", "platform/CrashEvidence.h", "platform/MachineSetting.h",
+      "platform/Minidump.h"};
   return headers;
 }
 
