@@ -4,6 +4,7 @@
 #include "server/QorlixSRVPipe.h"
 #include "server/SecurityPlan.h"
 #include "server/SrvSecurity.h"
+#include "server/StrictProfile.h"
 #include "timer/ElapsedTimer.h"
 #include "trace/Zqotrc.h"
 
@@ -17,7 +18,8 @@ constexpr int kEndOfServing = 1;
 /// Process entry. The command line and the other arguments are not used.
 ///
 /// Exit codes: 1 after serving, also when the pool could not be built; 183 when a server runs
-/// already; else the error of the security attributes or of the single-instance mutex.
+/// already; 1338 when the strict profile refuses to serve the pipe without a descriptor; else the
+/// error of the security attributes or of the single-instance mutex.
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
   static constexpr char kFct[] = "CreateSRV: ";
   platform::ReserveStackForGuards();
@@ -47,6 +49,15 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
     return static_cast<int>(error);
   }
   ZQ_TRACE(TRC_PROGRESS, kFct, "namedMutex erfolgreich angelegt!");
+
+  strict_profile::Read();
+  if (strict_profile::IsOn() && pipe.Attributes()->lpSecurityDescriptor == nullptr &&
+      strict_profile::Refuses(strict_profile::Threat::PipeDescriptor, strict_profile::kNoClient,
+                              kPipeName)) {
+    zqotrc::ShutDown();
+    (void)CloseHandle(mutex);
+    return ERROR_INVALID_SECURITY_DESCR;
+  }
 
   // The process's one timer. No command starts it; it is there for parts that come to need it.
   const CElapsedTimer elapsedTimer(general.Attributes());

@@ -34,6 +34,7 @@ struct State {
   int polls = 0;
   int events = 0;
   int pipes = 0;
+  bool nameIsTaken = false;
   std::uint64_t now = 1000;
 } g_state;
 
@@ -113,6 +114,7 @@ int Waits() { return g_state.waits; }
 int Polls() { return g_state.polls; }
 Bytes Written(int conId) { return g_state.instances[conId].written; }
 bool IsSignalled(int conId) { return g_state.instances[conId].signalled; }
+void TakeName() { g_state.nameIsTaken = true; }
 void AdvanceClock(std::uint64_t milliseconds) { g_state.now += milliseconds; }
 
 }  // namespace fake_pipe_io
@@ -128,10 +130,15 @@ HANDLE CreateInstanceEvent() {
   return AsHandle(kEventBase + static_cast<std::uintptr_t>(conId));
 }
 
-HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES*, std::uint32_t& error) {
+HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES*, Claim claim, std::uint32_t& error) {
   const NotOurs notOurs;
-  const int conId = g_state.pipes++;
-  Log("create " + std::to_string(conId) + " " + name);
+  const int conId = g_state.pipes;
+  Log("create " + std::to_string(conId) + " " + name + (claim == Claim::First ? " as first" : ""));
+  if (claim == Claim::First && g_state.nameIsTaken) {
+    error = ERROR_ACCESS_DENIED;
+    return nullptr;
+  }
+  ++g_state.pipes;
   auto& script = g_state.instances[conId].script[Op::CreatePipe];
   if (!script.empty() && !script.front().success) {
     error = script.front().error;

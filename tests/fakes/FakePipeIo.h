@@ -40,6 +40,9 @@ int Polls();
 /// What was written to the instance's client, write after write.
 Bytes Written(int conId);
 
+/// Somebody else has an instance of the pipe's name: none of ours is the first.
+void TakeName();
+
 bool IsSignalled(int conId);
 void AdvanceClock(std::uint64_t milliseconds);
 

@@ -1,0 +1,83 @@
+#include "server/StrictProfile.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+
+#include "platform/EventLog.h"
+#include "platform/MachineSetting.h"
+#include "registry/RegistryPolicy.h"
+#include "server/ClientIdentity.h"
+#include "server/PipeInstance.h"
+#include "trace/TraceText.h"
+#include "trace/Zqotrc.h"
+
+namespace strict_profile {
+namespace {
+
+constexpr char kFct[] = "StrictProfile: ";
+
+struct Rule {
+  Threat threat;
+  const char* text;
+  bool sparesAdministrators;
+};
+
+constexpr Rule kRules[] = {
+    {Threat::PluginValue, "a change of the plug-in value ", true},
+    {Threat::DeviceTree, "a deletion below the keys of the devices: ", true},
+    {Threat::TraceKey, "a change of the trace key: ", true},
+    {Threat::Stop, "a stop request", true},
+    {Threat::PluginPath, "a plug-in from outside the system directory: ", false},
+    {Threat::PipeDescriptor, "to serve a pipe without its access list: ", false},
+    {Threat::FirstInstance, "to serve a pipe whose name is taken already: ", false},
+};
+
+consteval bool StandAtTheirNumbers() {
+  std::size_t number = 0;
+  for (const Rule& rule : kRules) {
+    if (static_cast<std::size_t>(rule.threat) != number++) return false;
+  }
+  return true;
+}
+static_assert(StandAtTheirNumbers(), "a rule is found by the number of its threat");
+
+void Report(const Rule& rule, int conId, const char* object, const char* name) {
+  char client[48] = "";
+  if (conId != kNoClient) {
+    (void)std::snprintf(
+        client, sizeof(client), ", asked for by process %lu",
+        static_cast<unsigned long>(client_identity::ProcessId(PipeOf(conId).hPipe)));
+  }
+  // Room for a permitted path and the longest text that a request can carry.
+  char text[kPipeBufferSize + 512];
+  (void)std::snprintf(text, sizeof(text), "Strict profile %s: %s%s%s%s%s",
+                      g_mode == Mode::Enforce ? "refuses" : "would refuse", rule.text, object,
+                      name == nullptr ? "" : "\\", name == nullptr ? "" : name, client);
+  ReportErrorEvent(kRegistryEventSource, text);
+  ZQ_TRACE(TRC_ERROR, kFct, "%s", text);
+}
+
+}  // namespace
+
+Mode g_mode = Mode::Off;
+
+void Read() {
+  g_mode = Mode::Off;
+  char text[16];
+  if (!platform::ReadMachineText("StrictProfile", text, sizeof(text))) return;
+  if (zqotrc::EqualsIgnoringCase(text, "report")) g_mode = Mode::Report;
+  if (zqotrc::EqualsIgnoringCase(text, "enforce")) g_mode = Mode::Enforce;
+}
+
+bool Refuses(Threat threat, int conId, const char* object, const char* name) {
+  const Rule& rule = kRules[static_cast<std::size_t>(threat)];
+  if (rule.sparesAdministrators && conId != kNoClient &&
+      client_identity::IsAdministrator(PipeOf(conId).hPipe)) {
+    return false;
+  }
+  Report(rule, conId, object, name);
+  return g_mode == Mode::Enforce;
+}
+
+}  // namespace strict_profile
