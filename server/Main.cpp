@@ -51,9 +51,7 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
   ZQ_TRACE(TRC_PROGRESS, kFct, "namedMutex erfolgreich angelegt!");
 
   strict_profile::Read();
-  if (strict_profile::IsOn() && pipe.Attributes()->lpSecurityDescriptor == nullptr &&
-      strict_profile::Refuses(strict_profile::Threat::PipeDescriptor, strict_profile::kNoClient,
-                              kPipeName)) {
+  if (strict_profile::RefusesPipe(*pipe.Attributes())) {
     zqotrc::ShutDown();
     (void)CloseHandle(mutex);
     return ERROR_INVALID_SECURITY_DESCR;

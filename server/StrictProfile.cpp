@@ -80,4 +80,9 @@ bool Refuses(Threat threat, int conId, const char* object, const char* name) {
   return g_mode == Mode::Enforce;
 }
 
+bool RefusesPipe(const SECURITY_ATTRIBUTES& attributes) {
+  return IsOn() && attributes.lpSecurityDescriptor == nullptr &&
+         Refuses(Threat::PipeDescriptor, kNoClient, kPipeName);
+}
+
 }  // namespace strict_profile

@@ -1,6 +1,8 @@
 #ifndef SERVER_STRICTPROFILE_H_
 #define SERVER_STRICTPROFILE_H_
 
+#include "platform/WinTypes.h"
+
 /// Refuses, or only reports, some of what the server otherwise grants every local user.
 ///
 /// An administrator switches it on, by the value "StrictProfile" of the machine's settings:
@@ -40,6 +42,9 @@ inline bool IsOn() { return g_mode != Mode::Off; }
 /// \param object what it is about, and behind a backslash `name` unless that is null
 /// \returns true when it has to be refused; never in Mode::Report
 bool Refuses(Threat threat, int conId, const char* object, const char* name = nullptr);
+
+/// Whether a pipe with these attributes must not be served, because they carry no descriptor.
+bool RefusesPipe(const SECURITY_ATTRIBUTES& attributes);
 
 }  // namespace strict_profile
 

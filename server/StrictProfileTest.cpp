@@ -205,6 +205,31 @@ TEST_F(StrictProfileTest, WhatItIsNotAboutAsksNobody) {
   EXPECT_EQ(fake_client_identity::Questions(), 0);
 }
 
+// --- The descriptor ---
+
+TEST_F(StrictProfileTest, OffAPipeWithoutADescriptorIsServed) {
+  EXPECT_FALSE(strict_profile::RefusesPipe(SECURITY_ATTRIBUTES{}));
+  EXPECT_THAT(fake_event_log::Take(), IsEmpty());
+}
+
+TEST_F(StrictProfileTest, OnAPipeWithoutADescriptorIsReportedAndEnforcedItIsRefused) {
+  const std::string pipe = "to serve a pipe without its access list: \\\\.\\pipe\\QorlixSRVPIPE32";
+  Set("report");
+  EXPECT_FALSE(strict_profile::RefusesPipe(SECURITY_ATTRIBUTES{}));
+  EXPECT_THAT(profile_.Reports(), ElementsAre("Strict profile would refuse: " + pipe));
+  Set("enforce");
+  EXPECT_TRUE(strict_profile::RefusesPipe(SECURITY_ATTRIBUTES{}));
+  EXPECT_THAT(profile_.Reports(), ElementsAre("Strict profile refuses: " + pipe));
+}
+
+TEST_F(StrictProfileTest, EnforcedAPipeWithADescriptorIsServed) {
+  Set("enforce");
+  SECURITY_ATTRIBUTES attributes = {};
+  attributes.lpSecurityDescriptor = &attributes;
+  EXPECT_FALSE(strict_profile::RefusesPipe(attributes));
+  EXPECT_THAT(fake_event_log::Take(), IsEmpty());
+}
+
 // --- The first instance ---
 
 TEST_F(StrictProfileTest, OffNoInstanceClaimsToBeTheFirst) {

@@ -96,14 +96,20 @@ std::string ServerProcess::Path() {
   return own.substr(0, own.rfind('\\') + 1) + "QorlixSRV.exe";
 }
 
-testing::AssertionResult ServerProcess::Launch(const char* arguments, std::uint32_t flags) {
+testing::AssertionResult ServerProcess::Launch(const char* arguments, std::uint32_t flags,
+                                               void* token) {
   const std::string path = Path();
   std::string commandLine = "\"" + path + "\" " + arguments;
   STARTUPINFOA startup = {};
   startup.cb = sizeof(startup);
   PROCESS_INFORMATION started = {};
-  if (CreateProcessA(path.c_str(), commandLine.data(), nullptr, nullptr, FALSE, flags, nullptr,
-                     nullptr, &startup, &started) == FALSE) {
+  const BOOL created =
+      token == nullptr
+          ? CreateProcessA(path.c_str(), commandLine.data(), nullptr, nullptr, FALSE, flags,
+                           nullptr, nullptr, &startup, &started)
+          : CreateProcessAsUserA(token, path.c_str(), commandLine.data(), nullptr, nullptr, FALSE,
+                                 flags, nullptr, nullptr, &startup, &started);
+  if (created == FALSE) {
     return testing::AssertionFailure() << path << " does not start: error " << GetLastError();
   }
   AssignProcessToJobObject(OwnJob(), started.hProcess);
@@ -114,9 +120,13 @@ testing::AssertionResult ServerProcess::Launch(const char* arguments, std::uint3
 }
 
 testing::AssertionResult ServerProcess::Start(const char* arguments) {
+  return StartUnder(/*token=*/nullptr, arguments);
+}
+
+testing::AssertionResult ServerProcess::StartUnder(void* token, const char* arguments) {
   const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, kStartEvent);
   ResetEvent(event);
-  auto result = Launch(arguments);
+  auto result = Launch(arguments, /*flags=*/0, token);
   if (result) {
     const HANDLE either[] = {event, process_};
     const DWORD wait = WaitForMultipleObjects(2, either, FALSE, kStartMs);

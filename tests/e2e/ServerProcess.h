@@ -25,6 +25,9 @@ class ServerProcess {
   /// Starts it as its starter does: with the start event created first, and waited for.
   testing::AssertionResult Start(const char* arguments = "");
 
+  /// The same under a primary token.
+  testing::AssertionResult StartUnder(void* token, const char* arguments = "");
+
   /// Starts it and waits for nothing; no start event exists.
   testing::AssertionResult StartWithoutEvent();
 
@@ -62,7 +65,8 @@ class ServerProcess {
   std::size_t PrivateBytes() const;
 
  private:
-  testing::AssertionResult Launch(const char* arguments, std::uint32_t flags = 0);
+  testing::AssertionResult Launch(const char* arguments, std::uint32_t flags = 0,
+                                  void* token = nullptr);
 
   void* process_ = nullptr;
   std::uint32_t id_ = 0;
