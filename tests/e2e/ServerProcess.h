@@ -28,6 +28,15 @@ class ServerProcess {
   /// The same under a primary token.
   testing::AssertionResult StartUnder(void* token, const char* arguments = "");
 
+  /// As Start, with a function of a library that fails before it does anything.
+  struct Failure {
+    const char* library;
+    const char* function;
+    std::uint32_t result;
+    std::uint8_t argumentBytes;  ///< that the function takes off the stack
+  };
+  testing::AssertionResult StartWith(const Failure& failure);
+
   /// Starts it and waits for nothing; no start event exists.
   testing::AssertionResult StartWithoutEvent();
 
@@ -67,6 +76,9 @@ class ServerProcess {
  private:
   testing::AssertionResult Launch(const char* arguments, std::uint32_t flags = 0,
                                   void* token = nullptr);
+
+  testing::AssertionResult WaitUntilItServes(void* event);
+  testing::AssertionResult Break(const Failure& failure);
 
   void* process_ = nullptr;
   std::uint32_t id_ = 0;

@@ -237,5 +237,41 @@ TEST_F(StrictProfileTest, EnforcedAPipeWhoseNameIsTakenIsNotServed) {
   CloseHandle(taken);
 }
 
+// --- A pipe without its descriptor ---
+
+class StrictDescriptorTest : public StrictProfileTest {
+ protected:
+  // The step of building the descriptor that fails without a word.
+  static constexpr ServerProcess::Failure kNoAccessList = {"advapi32.dll", "SetEntriesInAclA",
+                                                           ERROR_NOT_ENOUGH_MEMORY, 16};
+  static constexpr char kWhat[] =
+      "to serve a pipe without its access list: \\\\.\\pipe\\QorlixSRVPIPE32";
+
+  // The server starts, serves a client, and has reported this.
+  void ExpectServed(const std::vector<std::string>& reports) {
+    ASSERT_TRUE(server_.StartWith(kNoAccessList));
+    ASSERT_TRUE(client_.Connect());
+    EXPECT_TRUE(client_.IsServed());
+    if (!EventLogTail::IsVisible()) return;
+    EXPECT_EQ(Reports(), reports);
+  }
+};
+
+TEST_F(StrictDescriptorTest, OffItIsServedAndNotReported) { ExpectServed({}); }
+
+TEST_F(StrictDescriptorTest, ReportedItIsServed) {
+  settings_.SetText("StrictProfile", "report");
+  ExpectServed({std::string("Strict profile would refuse: ") + kWhat});
+}
+
+TEST_F(StrictDescriptorTest, EnforcedTheServerEndsWithTheErrorOfADescriptor) {
+  settings_.SetText("StrictProfile", "enforce");
+  EXPECT_FALSE(server_.StartWith(kNoAccessList));
+  EXPECT_THAT(server_.ExitCode(kExitMs), Optional(1338u));
+  EXPECT_EQ(client_.TryConnect(), static_cast<std::uint32_t>(ERROR_FILE_NOT_FOUND));
+  if (!EventLogTail::IsVisible()) return;
+  EXPECT_THAT(Reports(), ElementsAre(std::string("Strict profile refuses: ") + kWhat));
+}
+
 }  // namespace
 }  // namespace e2e
