@@ -20,10 +20,7 @@ void TakeToken(HANDLE pipe, UniqueToken& token) {
   if (ImpersonateNamedPipeClient(pipe) == FALSE) return;
   // As the process: a client that let itself be identified only could not open its own token.
   (void)OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, /*OpenAsSelf=*/TRUE, token.put());
-  if (RevertToSelf() == FALSE) {
-    const DWORD error = GetLastError();
-    (void)TerminateProcess(GetCurrentProcess(), error);
-  }
+  if (RevertToSelf() == FALSE) (void)TerminateProcess(GetCurrentProcess(), kCannotPutIdentityOff);
 }
 
 }  // namespace

@@ -14,10 +14,13 @@ namespace client_identity {
 /// is no administrator.
 ///
 /// The thread takes the client's identity for a moment. If it cannot put it off again, the process
-/// ends, with the error as its exit code: nothing may be done in a client's name.
+/// ends at once with kCannotPutIdentityOff: nothing may be done in a client's name.
 ///
 /// Not to be called within a guarded call, which could leave the identity on.
 bool IsAdministrator(HANDLE pipe);
+
+/// Exit code (ERROR_CANNOT_IMPERSONATE).
+inline constexpr std::uint32_t kCannotPutIdentityOff = 1368;
 
 /// The process that opened the pipe; 0 when the system does not tell.
 std::uint32_t ProcessId(HANDLE pipe);

@@ -18,8 +18,9 @@ constexpr int kEndOfServing = 1;
 /// Process entry. The command line and the other arguments are not used.
 ///
 /// Exit codes: 1 after serving, also when the pool could not be built; 183 when a server runs
-/// already; 1338 when the strict profile refuses to serve the pipe without a descriptor; else the
-/// error of the security attributes or of the single-instance mutex.
+/// already; 1338 when the strict profile refuses to serve the pipe without a descriptor, and
+/// 1368, from anywhere, when it cannot put a client's identity off; else the error of the security
+/// attributes or of the single-instance mutex.
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
   static constexpr char kFct[] = "CreateSRV: ";
   platform::ReserveStackForGuards();

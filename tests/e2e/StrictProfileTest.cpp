@@ -273,5 +273,42 @@ TEST_F(StrictDescriptorTest, EnforcedTheServerEndsWithTheErrorOfADescriptor) {
   EXPECT_THAT(Reports(), ElementsAre(std::string("Strict profile refuses: ") + kWhat));
 }
 
+// --- A client whose identity cannot be told ---
+
+class StrictIdentityTest : public StrictProfileTest {
+ protected:
+  void StartEnforcedWith(const ServerProcess::Failure& failure) {
+    settings_.SetText("StrictProfile", "enforce");
+    ASSERT_TRUE(server_.StartWith(failure));
+    ASSERT_TRUE(client_.Connect());
+    ASSERT_TRUE(client_.IsServed());
+  }
+};
+
+TEST_F(StrictIdentityTest, OneWhoCannotBeImpersonatedIsNoAdministrator) {
+  StartEnforcedWith({"advapi32.dll", "ImpersonateNamedPipeClient", FALSE, 4});
+  EXPECT_TRUE(IsAnswered(Wire("FD00 FD000000"), 5));
+  ExpectReport("refuses: a stop request");
+}
+
+TEST_F(StrictIdentityTest, OneWhoseTokenCannotBeOpenedIsNoAdministrator) {
+  StartEnforcedWith({"advapi32.dll", "OpenThreadToken", FALSE, 16});
+  EXPECT_TRUE(IsAnswered(Wire("FD00 FD000000"), 5));
+  ExpectReport("refuses: a stop request");
+}
+
+TEST_F(StrictIdentityTest, OneWhoseGroupsCannotBeToldIsNoAdministrator) {
+  StartEnforcedWith({"advapi32.dll", "CheckTokenMembership", FALSE, 12});
+  EXPECT_TRUE(IsAnswered(Wire("FD00 FD000000"), 5));
+  ExpectReport("refuses: a stop request");
+}
+
+TEST_F(StrictIdentityTest, AServerThatCannotBeItselfAgainEnds) {
+  StartEnforcedWith({"advapi32.dll", "RevertToSelf", FALSE, 0});
+  ASSERT_TRUE(client_.Send(Wire("FD00 FD000000")));
+  EXPECT_TRUE(client_.IsBroken());
+  EXPECT_THAT(server_.ExitCode(kExitMs), Optional(1368u));
+}
+
 }  // namespace
 }  // namespace e2e
