@@ -90,6 +90,7 @@ struct Facts {
 
   bool hasTree = false;  ///< the stack's key can be read
   ValueFacts setUp;      ///< SetupSucceeded
+  ValueFacts strictProfile;
   std::vector<DeviceFacts> devices;
 
   TraceFacts trace;

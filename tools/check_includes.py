@@ -33,7 +33,7 @@ ALLOWED = {
     "server": COMMANDS + ["timer", "board/boardsvc32.h", "actions/RestartResults.h", "maintenance"],
     "client": ["codec/Wire.h", "server/CommandCode.h", "server/SrvResult.h"],
     "traceview": ["platform", "client/CommandInfo.h"] + TRACE_FORMATS,
-    "doctor": ["platform", "client", "traceview"],
+    "doctor": ["platform", "client", "traceview", "trace/TraceText.h"],
     "cli": ["client", "traceview", "doctor", "trace/TraceConfig.h", "trace/TraceHost.h"],
     "standins": ["board/boardsvc32.h"],
 }
