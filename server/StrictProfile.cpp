@@ -18,19 +18,19 @@ namespace {
 constexpr char kFct[] = "StrictProfile: ";
 
 struct Rule {
-  Threat threat;
   const char* text;
+  Threat threat;
   bool sparesAdministrators;
 };
 
 constexpr Rule kRules[] = {
-    {Threat::PluginValue, "a change of the plug-in value ", true},
-    {Threat::DeviceTree, "a deletion below the keys of the devices: ", true},
-    {Threat::TraceKey, "a change of the trace key: ", true},
-    {Threat::Stop, "a stop request", true},
-    {Threat::PluginPath, "a plug-in from outside the system directory: ", false},
-    {Threat::PipeDescriptor, "to serve a pipe without its access list: ", false},
-    {Threat::FirstInstance, "to serve a pipe whose name is taken already: ", false},
+    {"a change of the plug-in value ", Threat::PluginValue, true},
+    {"a deletion below the keys of the devices: ", Threat::DeviceTree, true},
+    {"a change of the trace key: ", Threat::TraceKey, true},
+    {"a stop request", Threat::Stop, true},
+    {"a plug-in from outside the system directory: ", Threat::PluginPath, false},
+    {"to serve a pipe without its access list: ", Threat::PipeDescriptor, false},
+    {"to serve a pipe whose name is taken already: ", Threat::FirstInstance, false},
 };
 
 consteval bool StandAtTheirNumbers() {
