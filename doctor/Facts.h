@@ -91,6 +91,7 @@ struct Facts {
 
   bool hasTree = false;  ///< the stack's key can be read
   ValueFacts setUp;      ///< SetupSucceeded
+  ValueFacts strictProfile;
   std::vector<DeviceFacts> devices;
 
   TraceFacts trace;

@@ -1,5 +1,6 @@
 #include "doctor/Findings.h"
 #include "doctor/PluginValue.h"
+#include "trace/TraceText.h"
 
 namespace doctor {
 namespace {
@@ -32,6 +33,27 @@ Finding Gate(const ValueFacts& setUp) {
   }
   return {Severity::Ok, "set-up",
           std::string(kName) + " is set: the server repairs and checks when it starts", ""};
+}
+
+// What a server makes of the setting that starts now.
+Finding Profile(const ValueFacts& setting) {
+  constexpr std::uint32_t kText = 1;        // REG_SZ
+  constexpr std::uint32_t kExpandable = 2;  // REG_EXPAND_SZ, which is expanded when it is read
+  const bool isText = setting.type == kText || setting.type == kExpandable;
+  const std::string text = isText ? TextOf(setting) : "";
+  if (!setting.isThere) return {Severity::Ok, "profile", "the strict profile is off", ""};
+  if (zqotrc::EqualsIgnoringCase(text, "enforce")) {
+    return {Severity::Ok, "profile", "the strict profile is enforced", ""};
+  }
+  if (zqotrc::EqualsIgnoringCase(text, "report")) {
+    return {Severity::Note, "profile",
+            "the strict profile reports to the event log what it would refuse, and refuses nothing",
+            "look for events that begin with 'Strict profile would refuse'; without any, set "
+            "StrictProfile to 'enforce'"};
+  }
+  return {Severity::Warning, "profile",
+          "StrictProfile is none of the texts 'report' and 'enforce', so the strict profile is off",
+          "set it to one of them, or delete it"};
 }
 
 /// One of a device's two plug-ins.
@@ -162,6 +184,7 @@ void ExamineRegistry(const Facts& facts, Findings& findings) {
                         "run the stack's set-up"});
   }
   findings.push_back(Gate(facts.setUp));
+  findings.push_back(Profile(facts.strictProfile));
 }
 
 void ExamineDevices(const Facts& facts, Findings& findings) {

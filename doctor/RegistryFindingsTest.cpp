@@ -40,6 +40,26 @@ TEST_F(RegistryFindingsTest, TheGateIsReadAsAText) {
   EXPECT_EQ(Wrong(), "");
 }
 
+TEST_F(RegistryFindingsTest, TheStrictProfileIsRightWhenItIsOffOrEnforced) {
+  facts_.strictProfile = {true, 1, std::string("ENFORCE\0", 8)};
+  EXPECT_EQ(Wrong(), "");
+  facts_.strictProfile.type = 2;
+  EXPECT_EQ(Wrong(), "");
+}
+
+TEST_F(RegistryFindingsTest, AStrictProfileThatOnlyReportsIsANote) {
+  facts_.strictProfile = {true, 1, "Report"};
+  ExpectOnly("note profile: the strict profile reports", "enforce");
+}
+
+TEST_F(RegistryFindingsTest, AStrictProfileThatMeansNothingIsAWarning) {
+  for (const ValueFacts& setting :
+       {ValueFacts{true, 1, "enforced"}, ValueFacts{true, 1, ""}, ValueFacts{true, 4, "enforce"}}) {
+    facts_.strictProfile = setting;
+    ExpectOnly("warning profile: StrictProfile is none of", "delete it");
+  }
+}
+
 TEST_F(RegistryFindingsTest, NoDeviceIsANote) {
   facts_.devices.clear();
   ExpectOnly("note device: no device is registered", "");

@@ -309,7 +309,7 @@ HANDLE CreateInstanceEvent() {
   return EventOf(index);
 }
 
-HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES*, std::uint32_t& error) {
+HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES*, Claim, std::uint32_t& error) {
   Require(std::strcmp(name, "\\\\.\\pipe\\QorlixSRVPIPE32") == 0);
   const int index = g.pipes++;
   error = 0;

@@ -18,9 +18,13 @@ struct Outcome {
 /// Manual-reset, initially signalled, unnamed. \returns 0 on failure.
 HANDLE CreateInstanceEvent();
 
+/// Whether an instance has to be the first of its name: otherwise it fails with access denied.
+enum class Claim { Any, First };
+
 /// One instance of a local byte-mode pipe with overlapped I/O.
 /// \returns 0 on failure, with the last error in `error`.
-HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES* security, std::uint32_t& error);
+HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES* security, Claim claim,
+                      std::uint32_t& error);
 
 Outcome Connect(HANDLE pipe, OVERLAPPED& overlapped);
 Outcome Disconnect(HANDLE pipe);

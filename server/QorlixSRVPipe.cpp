@@ -11,6 +11,7 @@
 #include "server/InstanceEvents.h"
 #include "server/PipeIo.h"
 #include "server/RequestLog.h"
+#include "server/StrictProfile.h"
 #include "trace/Zqotrc.h"
 
 PipeInstance Pipe[kPipeInstances];
@@ -83,7 +84,7 @@ bool CQorlixSRVPipe::BuildPool() {
     ZQ_TRACE(TRC_PROGRESS, kFct, "CreateEvent hEvent=0x%x", HandleNumber(event));
 
     std::uint32_t error = 0;
-    pipe.hPipe = pipe_io::CreateInstance(pipe.PipeName, pipeSecurity_, error);
+    pipe.hPipe = CreatePipeInstance(pipe.PipeName, /*isFirst=*/conId == 0, error);
     if (pipe.hPipe == nullptr) {
       ZQ_TRACE(TRC_ERROR, kFct, "<< Error CreateNamedPipe index=%d ret=%d", conId,
                static_cast<int>(error));
@@ -95,6 +96,20 @@ bool CQorlixSRVPipe::BuildPool() {
     BeginConnect(conId);
   }
   return true;
+}
+
+// Under the strict profile the first instance has to be the first of its name as well: beside those
+// of somebody else clients could not tell whom they meet.
+HANDLE CQorlixSRVPipe::CreatePipeInstance(const char* name, bool isFirst, std::uint32_t& error) {
+  if (isFirst && strict_profile::IsOn()) {
+    const HANDLE pipe = pipe_io::CreateInstance(name, pipeSecurity_, pipe_io::Claim::First, error);
+    if (pipe != nullptr || error != ERROR_ACCESS_DENIED ||
+        strict_profile::Refuses(strict_profile::Threat::FirstInstance, strict_profile::kNoClient,
+                                name)) {
+      return pipe;
+    }
+  }
+  return pipe_io::CreateInstance(name, pipeSecurity_, pipe_io::Claim::Any, error);
 }
 
 std::uint32_t CQorlixSRVPipe::ConnectToNewClient(HANDLE hPipe, OVERLAPPED* overlapped) {

@@ -7,6 +7,7 @@
 #include <winternl.h>
 
 #include <algorithm>
+#include <cstring>
 
 namespace e2e {
 namespace {
@@ -95,14 +96,20 @@ std::string ServerProcess::Path() {
   return own.substr(0, own.rfind('\\') + 1) + "QorlixSRV.exe";
 }
 
-testing::AssertionResult ServerProcess::Launch(const char* arguments, std::uint32_t flags) {
+testing::AssertionResult ServerProcess::Launch(const char* arguments, std::uint32_t flags,
+                                               void* token) {
   const std::string path = Path();
   std::string commandLine = "\"" + path + "\" " + arguments;
   STARTUPINFOA startup = {};
   startup.cb = sizeof(startup);
   PROCESS_INFORMATION started = {};
-  if (CreateProcessA(path.c_str(), commandLine.data(), nullptr, nullptr, FALSE, flags, nullptr,
-                     nullptr, &startup, &started) == FALSE) {
+  const BOOL created =
+      token == nullptr
+          ? CreateProcessA(path.c_str(), commandLine.data(), nullptr, nullptr, FALSE, flags,
+                           nullptr, nullptr, &startup, &started)
+          : CreateProcessAsUserA(token, path.c_str(), commandLine.data(), nullptr, nullptr, FALSE,
+                                 flags, nullptr, nullptr, &startup, &started);
+  if (created == FALSE) {
     return testing::AssertionFailure() << path << " does not start: error " << GetLastError();
   }
   AssignProcessToJobObject(OwnJob(), started.hProcess);
@@ -113,20 +120,70 @@ testing::AssertionResult ServerProcess::Launch(const char* arguments, std::uint3
 }
 
 testing::AssertionResult ServerProcess::Start(const char* arguments) {
+  return StartUnder(/*token=*/nullptr, arguments);
+}
+
+testing::AssertionResult ServerProcess::StartUnder(void* token, const char* arguments) {
   const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, kStartEvent);
   ResetEvent(event);
-  auto result = Launch(arguments);
-  if (result) {
-    const HANDLE either[] = {event, process_};
-    const DWORD wait = WaitForMultipleObjects(2, either, FALSE, kStartMs);
-    if (wait == WAIT_OBJECT_0 + 1) {
-      result = testing::AssertionFailure() << "it exited with " << ExitCode(0).value_or(0);
-    } else if (wait != WAIT_OBJECT_0) {
-      result = testing::AssertionFailure() << "the start event was not set";
-    }
-  }
+  auto result = Launch(arguments, /*flags=*/0, token);
+  if (result) result = WaitUntilItServes(event);
   CloseHandle(event);
   return result;
+}
+
+testing::AssertionResult ServerProcess::WaitUntilItServes(void* event) {
+  const HANDLE either[] = {event, process_};
+  const DWORD wait = WaitForMultipleObjects(2, either, FALSE, kStartMs);
+  if (wait == WAIT_OBJECT_0 + 1) {
+    return testing::AssertionFailure() << "it exited with " << ExitCode(0).value_or(0);
+  }
+  if (wait != WAIT_OBJECT_0) return testing::AssertionFailure() << "the start event was not set";
+  return testing::AssertionSuccess();
+}
+
+testing::AssertionResult ServerProcess::StartWith(const Failure& failure) {
+  const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, kStartEvent);
+  ResetEvent(event);
+  auto result = Launch("", DEBUG_ONLY_THIS_PROCESS);
+  // Once its libraries are loaded, the process stops for its debugger.
+  bool isLoaded = false;
+  while (result && !isLoaded) {
+    DEBUG_EVENT debug = {};
+    if (WaitForDebugEvent(&debug, kStartMs) == FALSE) {
+      result = testing::AssertionFailure() << "it does not stop for its debugger";
+      break;
+    }
+    isLoaded = debug.dwDebugEventCode == EXCEPTION_DEBUG_EVENT;
+    if (isLoaded) result = Break(failure);
+    ContinueDebugEvent(debug.dwProcessId, debug.dwThreadId, DBG_CONTINUE);
+  }
+  DebugActiveProcessStop(id_);
+  if (result) result = WaitUntilItServes(event);
+  CloseHandle(event);
+  return result;
+}
+
+// Writes `mov eax, result` and `ret argumentBytes` over the beginning of the function, which lies
+// where it lies in this process, or the test says so.
+testing::AssertionResult ServerProcess::Break(const Failure& failure) {
+  void* const at =
+      reinterpret_cast<void*>(GetProcAddress(LoadLibraryA(failure.library), failure.function));
+  std::uint8_t there[8] = {};
+  std::uint8_t code[8] = {0xB8, 0, 0, 0, 0, 0xC2, failure.argumentBytes, 0};
+  std::memcpy(code + 1, &failure.result, sizeof(failure.result));
+  SIZE_T count = 0;
+  DWORD protection = 0;
+  if (at == nullptr || ReadProcessMemory(process_, at, there, sizeof(there), &count) == FALSE ||
+      std::memcmp(there, at, sizeof(there)) != 0) {
+    return testing::AssertionFailure() << failure.function << " lies elsewhere";
+  }
+  if (VirtualProtectEx(process_, at, sizeof(code), PAGE_EXECUTE_READWRITE, &protection) == FALSE ||
+      WriteProcessMemory(process_, at, code, sizeof(code), &count) == FALSE) {
+    return testing::AssertionFailure() << failure.function << ": error " << GetLastError();
+  }
+  FlushInstructionCache(process_, at, sizeof(code));
+  return testing::AssertionSuccess();
 }
 
 testing::AssertionResult ServerProcess::StartWithoutEvent() { return Launch(""); }

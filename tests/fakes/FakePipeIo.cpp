@@ -41,6 +41,7 @@ struct State {
   int polls = 0;
   int events = 0;
   int pipes = 0;
+  bool nameIsTaken = false;
   std::uint64_t now = 1000;
 } g_state;
 
@@ -143,6 +144,7 @@ std::uint32_t BytesInWrite(int conId) {
 bool IsSignalled(int conId) { return g_state.instances[conId].signalled; }
 void SetClientProcess(int conId, std::uint32_t id) { g_state.instances[conId].client = id; }
 int ClientQuestions(int conId) { return g_state.instances[conId].clientQuestions; }
+void TakeName() { g_state.nameIsTaken = true; }
 void AdvanceClock(std::uint64_t milliseconds) { g_state.now += milliseconds; }
 
 }  // namespace fake_pipe_io
@@ -159,12 +161,17 @@ HANDLE CreateInstanceEvent() {
   return AsHandle(kEventBase + static_cast<std::uintptr_t>(conId));
 }
 
-HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES*, std::uint32_t& error) {
+HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES*, Claim claim, std::uint32_t& error) {
   const NotOurs notOurs;
   error = fault_plan::CodeFor("pipe_io::CreateInstance");
   if (error != 0) return nullptr;
-  const int conId = g_state.pipes++;
-  Log("create " + std::to_string(conId) + " " + name);
+  const int conId = g_state.pipes;
+  Log("create " + std::to_string(conId) + " " + name + (claim == Claim::First ? " as first" : ""));
+  if (claim == Claim::First && g_state.nameIsTaken) {
+    error = ERROR_ACCESS_DENIED;
+    return nullptr;
+  }
+  ++g_state.pipes;
   auto& script = g_state.instances[conId].script[Op::CreatePipe];
   if (!script.empty() && !script.front().success) {
     error = script.front().error;

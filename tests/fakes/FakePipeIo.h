@@ -53,6 +53,8 @@ int Disconnects(int conId);
 std::optional<Op> Outstanding(int conId);
 /// Bytes of the write that is outstanding.
 std::uint32_t BytesInWrite(int conId);
+/// Somebody else has an instance of the pipe's name: none of ours is the first.
+void TakeName();
 
 bool IsSignalled(int conId);
 void AdvanceClock(std::uint64_t milliseconds);

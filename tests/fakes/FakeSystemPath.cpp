@@ -1,6 +1,7 @@
 #include "tests/fakes/FakeSystemPath.h"
 
 #include <cstring>
+#include <vector>
 
 #include "platform/SystemPath.h"
 #include "tests/fakes/FaultPlan.h"
@@ -38,4 +39,29 @@ bool platform::SpecialFolder(int, PathBuffer& path) {
   path[0] = '\0';
   if (fault_plan::Fails("platform::SpecialFolder")) return false;
   return !g_specialFolder.empty() && AppendToPath(path, g_specialFolder.c_str()) == 0;
+}
+
+bool platform::FullPath(const char* path, PathBuffer& full) {
+  full[0] = '\0';
+  std::vector<std::string> kept;
+  std::string element;
+  for (const char* at = path;; ++at) {
+    if (*at != '\\' && *at != '/' && *at != '\0') {
+      element += *at;
+      continue;
+    }
+    if (element == "..") {
+      if (kept.size() > 1) kept.pop_back();  // the drive stays
+    } else if (!element.empty() && element != ".") {
+      kept.push_back(element);
+    }
+    element.clear();
+    if (*at == '\0') break;
+  }
+  if (!kept.empty() && kept.back() == "nul") return AppendToPath(full, "\\\\.\\nul") == 0;
+  for (const std::string& each : kept) {
+    if (full[0] != '\0' && AppendToPath(full, "\\") != 0) return false;
+    if (AppendToPath(full, each.c_str()) != 0) return false;
+  }
+  return true;
 }

@@ -66,6 +66,11 @@ const std::vector<Function> kFunctions = {
     {kPipeIo, "pipe_io::GiveWay", {}, kNoReport},
     {kPipeIo, "pipe_io::ErrorQueryAddress", {}, "an address"},
 
+    {"server/ClientIdentity.h",
+     "client_identity::IsAdministrator",
+     {},
+     "asked for only under the strict profile; whatever fails makes it false"},
+
     {kRegistry, "RegCreateKeyBL", Registry()},
     {kRegistry, "RegDelKeyBL", Registry()},
     {kRegistry, "RegSetValueBL", Registry()},
@@ -119,6 +124,8 @@ const std::vector<Function> kFunctions = {
     {kPath, "platform::SystemDirectory", {{"fails", kNothing}, {"too long", 261}}},
     {kPath, "platform::SpecialFolder", {{"fails", 1}}},
     {kPath, "platform::AppendToPath", {}, kPortable},
+    {kPath, "platform::FullPath", {}, "asked for only under the strict profile"},
+    {kPath, "platform::LiesBelow", {}, kPortable},
     {"platform/FencedBuffer.h", "platform::FencedBuffer", {{"no memory", 8}}},
     {"platform/EventLog.h", "ReportErrorEvent", {kDoesNothing}},
     {"platform/MessageBox.h", "platform::ShowMessageBox", {kDoesNothing}},
@@ -195,6 +202,7 @@ const std::vector<Function> kFunctions = {
 const std::vector<PlatformFile> kPlatformFiles = {
     {"server/PipeIo.cpp", kPipeIo},
     {"server/SrvSecurity.cpp", "server/SrvSecurity.h"},
+    {"server/ClientIdentity.cpp", "server/ClientIdentity.h"},
     {"server/Diagnostics.cpp", "server/Diagnostics.h"},
     {"server/RequestWatch.cpp", "server/RequestWatch.h"},
     {"platform/AdminFolder.cpp", "platform/AdminFolder.h"},
