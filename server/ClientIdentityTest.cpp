@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "server/PipeIo.h"
 #include "tests/support/RestrictedProcess.h"
 
 // Over a real pipe whose client is this process. Who is no administrator is a second run of this
@@ -103,7 +104,8 @@ TEST_F(ClientIdentityTest, WhereThereIsNoClientThereIsNoAdministrator) {
 
 TEST_F(ClientIdentityTest, TheProcessThatOpenedThePipeIsNamed) {
   Connect(kIdentification);
-  EXPECT_EQ(client_identity::ProcessId(pipe_), GetCurrentProcessId());
+  EXPECT_EQ(pipe_io::ClientProcess(pipe_), GetCurrentProcessId());
+  EXPECT_EQ(pipe_io::ClientProcess(nullptr), 0u);
 }
 
 TEST_F(ClientIdentityTest, AskingLeavesNoHandleBehind) {
