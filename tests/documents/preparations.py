@@ -59,6 +59,7 @@ def demo_device(machine) -> None:
 
 
 def operations_doctor(machine) -> None:
+    machine.no_key(GATE)  # with the strict profile that the page has switched on
     machine.value(DEVICES + "\\DEMO1", "Installer", "..\\sampledev.dll,SampleInstall")
 
 
