@@ -67,7 +67,18 @@ struct Plugin {
 
 std::string Of(const Plugin& plugin) { return plugin.device.name + ", " + plugin.valueName; }
 
+bool IsPlain(const std::string& name) {
+  return name.find_first_not_of(
+             "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
+             "_-.") == std::string::npos;
+}
+
+// A command is there to be copied into an elevated prompt. Every local user can name a device, so
+// one whose name could mean something to a prompt gets none.
 std::string Remedy(const Plugin& plugin) {
+  if (!IsPlain(plugin.device.name)) {
+    return std::string("set the value ") + plugin.valueName + " to LIBRARY,FUNCTION";
+  }
   return "'qorlixctl reg set SOFTWARE\\Vesmark\\NORVA\\DefDevices\\DeviceID\\" +
          plugin.device.name + ' ' + plugin.valueName + " LIBRARY,FUNCTION'";
 }

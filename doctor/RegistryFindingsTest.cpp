@@ -76,6 +76,18 @@ TEST_F(RegistryFindingsTest, ADeviceWithoutAPluginIsANote) {
              "qorlixctl reg set SOFTWARE\\Vesmark\\NORVA\\DefDevices\\DeviceID\\DEMO1 Deinstaller");
 }
 
+// Whoever may write the registry chooses the name; an administrator copies the command.
+TEST_F(RegistryFindingsTest, ADeviceThatAPromptCouldMisreadIsInNoCommand) {
+  device_.deinstaller = {};
+  for (const char* name : {"A&calc&", "A B", "A|B", "A'B", "A\"B", "%A%", "A^B", "A;B", "$(A)"}) {
+    device_.name = name;
+    ExpectOnly(
+        "note device: " + device_.name + ", Deinstaller: not there, so 'deinstall' answers 2",
+        "set the value Deinstaller to LIBRARY,FUNCTION");
+    EXPECT_THAT(Wrong(), testing::Not(testing::HasSubstr("reg set")));
+  }
+}
+
 TEST_F(RegistryFindingsTest, APluginWhoseLibraryIsMissingIsAnError) {
   device_.installerKind = ImageKind::Missing;
   ExpectOnly(

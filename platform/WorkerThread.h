@@ -17,7 +17,8 @@ class Work {
 };
 
 /// Starts a detached thread that runs the work and then destroys it. \returns false, with the work
-/// destroyed and not run, when no thread can be started.
+/// destroyed and not run, when no thread can be started, or when the process has so little address
+/// space left that everything else would suffer from one more.
 bool StartWorker(std::unique_ptr<Work> work);
 
 }  // namespace platform

@@ -2,6 +2,7 @@
 #include <windows.h>
 
 #include <memory>
+#include <vector>
 
 #include "platform/WorkerThread.h"
 
@@ -33,6 +34,37 @@ TEST(WorkerThreadWinTest, ThousandsThatEndAtOnceHaveAllRun) {
   const ULONGLONG end = GetTickCount64() + kPatienceMs;
   while (count < kThreads && GetTickCount64() < end) Sleep(1);
   EXPECT_EQ(count, kThreads);
+}
+
+// All that is left in pieces of this size; given back at the end.
+class TakenRoom {
+ public:
+  explicit TakenRoom(SIZE_T piece) {
+    while (void* const room = VirtualAlloc(nullptr, piece, MEM_RESERVE, PAGE_NOACCESS)) {
+      pieces_.push_back(room);
+    }
+  }
+  ~TakenRoom() {
+    for (void* const room : pieces_) (void)VirtualFree(room, 0, MEM_RELEASE);
+  }
+  TakenRoom(const TakenRoom&) = delete;
+  TakenRoom& operator=(const TakenRoom&) = delete;
+
+ private:
+  std::vector<void*> pieces_;
+};
+
+// There would be room for tens of stacks; a library of some size could not be loaded any more.
+TEST(WorkerThreadWinTest, NoneIsStartedThatWouldTakeTheLastRoom) {
+  static volatile LONG count = 0;
+  {
+    const TakenRoom taken(128 * 1024 * 1024);
+    EXPECT_FALSE(platform::StartWorker(std::make_unique<Count>(count)));
+  }
+  ASSERT_TRUE(platform::StartWorker(std::make_unique<Count>(count)));
+  const ULONGLONG end = GetTickCount64() + kPatienceMs;
+  while (count == 0 && GetTickCount64() < end) Sleep(1);
+  EXPECT_EQ(count, 1);
 }
 
 }  // namespace
