@@ -161,7 +161,7 @@ std::vector<Bytes> RequestsWith(const Bytes& text) {
   return requests;
 }
 
-TEST_F(TraceHostileTest, TextsOfClientsNeverBecomeFormatsOrFurtherLines) {
+TEST_F(TraceHostileTest, TextsOfRegistryRequestsNeverBecomeFormatsOrFurtherLines) {
   Bytes control;
   for (int c = 1; c < 256; ++c) control += static_cast<char>(c);
   Bytes controls;
