@@ -8,6 +8,10 @@
 
 #include <algorithm>
 
+#ifdef QORLIX_COVERAGE
+#include "tests/coverage/FlushOnDemand.h"
+#endif
+
 namespace e2e {
 namespace {
 
@@ -176,6 +180,9 @@ std::optional<std::uint32_t> ServerProcess::ExitCode(std::uint32_t milliseconds)
 void ServerProcess::Kill() {
   if (process_ == nullptr) return;
   if (IsRunning()) {
+#ifdef QORLIX_COVERAGE
+    coverage::Flush(id_);
+#endif
     TerminateProcess(process_, kKilled);
     WaitForSingleObject(process_, kStartMs);
   }
