@@ -7,6 +7,7 @@
 #include "platform/WinTypes.h"
 #include "registry/RegistryOperation.h"
 #include "server/QorlixSRVPipe.h"
+#include "server/StrictProfile.h"
 #include "trace/Zqotrc.h"
 
 namespace {
@@ -50,10 +51,23 @@ struct PluginKind {
 constexpr PluginKind kInstall = {"Install", "Installer", "Read Installer Info", false};
 constexpr PluginKind kDeinstall = {"Deinstall", "Deinstaller", "Read Deinstaller Info", true};
 
+// A path that the platform cannot resolve is one that leads elsewhere.
+bool LeadsOutOfSystemDirectory(const char* path) {
+  platform::PathBuffer directory = {};
+  platform::PathBuffer full;
+  return !platform::IsSystemDirectory(platform::SystemDirectory(directory)) ||
+         !platform::FullPath(path, full) || !platform::LiesBelow(full, directory);
+}
+
+bool StrictProfileRefuses(int conId, const char* path) {
+  return strict_profile::IsOn() && LeadsOutOfSystemDirectory(path) &&
+         strict_profile::Refuses(strict_profile::Threat::PluginPath, conId, path);
+}
+
 // A device's plug-in, up to its entry point.
 class Plugin {
  public:
-  explicit Plugin(const PluginKind& kind) : kind_(kind) {}
+  Plugin(const PluginKind& kind, int conId) : kind_(kind), conId_(conId) {}
 
   // 0, or the code of the step that failed, whose line is traced.
   std::uint32_t Load(const char* deviceID) {
@@ -75,6 +89,7 @@ class Plugin {
     platform::PathBuffer path = {};
     result = BuildPath(name.library, path);
     if (result != SRV_OK) return result;
+    if (StrictProfileRefuses(conId_, path)) return Failed(ERROR_ACCESS_DENIED, "StrictProfile");
     if (!library_.Load(path)) return Failed(platform::LastError(), "LoadLibrary");
     entry_ = library_.Find(name.function);
     if (entry_ != nullptr) return SRV_OK;
@@ -106,6 +121,7 @@ class Plugin {
   }
 
   const PluginKind& kind_;
+  const int conId_;
   DeviceValue hardwareId_;
   DeviceValue value_;
   platform::DynamicLibrary library_;
@@ -128,7 +144,7 @@ SrvResult CQorlixSRVPipe::Install(int conId) {
            deviceId.get(), languageExt.get());
   if (deviceId.get() == nullptr) return ERROR_INVALID_PARAMETER;
 
-  Plugin plugin(kInstall);
+  Plugin plugin(kInstall, conId);
   const std::uint32_t loaded = plugin.Load(deviceId.get());
   if (loaded != SRV_OK) return loaded;
 
@@ -160,7 +176,7 @@ SrvResult CQorlixSRVPipe::Deinstall(int conId) {
            languageExt.get(), board.get());
   if (deviceId.get() == nullptr) return ERROR_INVALID_PARAMETER;
 
-  Plugin plugin(kDeinstall);
+  Plugin plugin(kDeinstall, conId);
   const std::uint32_t loaded = plugin.Load(deviceId.get());
   if (loaded != SRV_OK) return loaded;
 

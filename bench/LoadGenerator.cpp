@@ -2,13 +2,14 @@
 // Markdown. bench/run.sh is the one command that starts it with everything it needs.
 //
 //   pipeload.exe --server EXE --yardstick EXE [--quick]
+//   pipeload.exe --server EXE --yardstick EXE --registry [--quick]
 //   pipeload.exe --server EXE --yardstick EXE --count ROUNDTRIPS
 //   pipeload.exe --server EXE --tracing [--quick]
 //   pipeload.exe --self --yardstick EXE
 //
-// The third compares the product with itself under different trace configurations. The last puts
-// one more yardstick in the product's place: what it prints is what the method makes of two equal
-// servers.
+// The second compares the registry commands with the same registry calls in this process, the
+// fourth the product with itself under different trace configurations. The last puts one more
+// yardstick in the product's place: what it prints is what the method makes of two equal servers.
 //
 // Everything, the servers included, is meant to run on one processor: then the time of a burst is
 // the work of all sides added up, and not the luck of a scheduler with two processors.
@@ -26,6 +27,7 @@
 #include "bench/Comparison.h"
 #include "bench/Footprints.h"
 #include "bench/PipeClients.h"
+#include "bench/RegistryComparison.h"
 #include "bench/RequestCounting.h"
 #include "bench/ServerProcess.h"
 #include "bench/Support.h"
@@ -281,7 +283,7 @@ void CompareAll(const Plan& plan, const Programs& programs) {
   {
     const Servers servers(programs.registryYardstick[0], programs.registryYardstick[1],
                           programs.product);
-    for (const Workload& workload : {GetValue(), EnumKey()}) {
+    for (const Workload& workload : {GetValue(), SetValue(), EnumKey()}) {
       for (const unsigned clients : {1U, 8U, 64U}) {
         CompareLoad(plan, servers, workload, workload.name, clients, Pace::ClosedLoop, 1.05);
       }
@@ -310,6 +312,7 @@ struct Options {
   bool quick = false;
   bool self = false;
   bool tracing = false;
+  bool registry = false;
   unsigned countedRoundTrips = 0;
 };
 
@@ -324,6 +327,8 @@ Options Parse(int argc, char** argv) {
       options.self = true;
     } else if (name == "--tracing") {
       options.tracing = true;
+    } else if (name == "--registry") {
+      options.registry = true;
     } else if (name == "--server" && hasValue) {
       options.server = argv[++i];
     } else if (name == "--yardstick" && hasValue) {
@@ -368,6 +373,8 @@ int main(int argc, char** argv) {
   const RegistryFixture fixture;
   if (options.tracing) {
     CompareTracing(programs.product, plan.rounds, plan.burstSeconds);
+  } else if (options.registry) {
+    CompareRegistryWork(programs.product, programs.yardstick, plan.rounds, plan.burstSeconds);
   } else if (options.countedRoundTrips > 0) {
     CountRequests(programs.registryYardstick[0], options.countedRoundTrips);
     CountRequests(programs.laterYardstick[0], options.countedRoundTrips);

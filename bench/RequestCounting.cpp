@@ -41,7 +41,7 @@ void CountRequests(const ServerProgram& program, unsigned roundTrips) {
   const ServerProcess server(program);
   for (const unsigned connections : kConnections) {
     PipeClients clients(server.PipeName(), connections);
-    const Workload workloads[] = {NoOperation(), GetValue(), EnumKey()};
+    const Workload workloads[] = {NoOperation(), GetValue(), SetValue(), EnumKey()};
     for (const Workload& workload : workloads) {
       const Series series(server, program.label, workload.name, connections);
       const auto burst = [&](unsigned size) {

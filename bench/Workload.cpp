@@ -13,8 +13,6 @@ namespace {
 
 constexpr std::size_t kLargestRequest = 8192;
 
-using Bytes = std::vector<std::uint8_t>;
-
 template <typename T>
 void AddValue(Bytes& bytes, T value) {
   const std::size_t end = bytes.size();
@@ -41,14 +39,18 @@ Bytes Success() {
   return bytes;
 }
 
+void AddTextAndLength(Bytes& bytes, const char* text, std::size_t length) {
+  AddText(bytes, text);
+  AddValue(bytes, static_cast<std::uint32_t>(length));
+}
+
 Bytes TextReply(const char* text) {
   Bytes bytes = Success();
-  AddText(bytes, text);
-  AddValue(bytes, static_cast<std::uint32_t>(std::strlen(text)));
+  AddTextAndLength(bytes, text, std::strlen(text));
   return bytes;
 }
 
-HKEY CreateKey(HKEY parent, const char* path) {
+HKEY MakeKey(HKEY parent, const char* path) {
   HKEY key = nullptr;
   const LSTATUS status = RegCreateKeyExA(parent, path, /*Reserved=*/0, /*lpClass=*/nullptr,
                                          REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS,
@@ -75,11 +77,48 @@ Workload GetValue() {
   return {"Reg_GetValue", request, TextReply(kValueText)};
 }
 
+Workload SetValue() {
+  Bytes request = Request(CommandCode::Reg_SetValue);
+  AddText(request, kKeyPath);
+  AddText(request, kWrittenName);
+  AddText(request, kValueText);
+  return {"Reg_SetValue", request, Success()};
+}
+
+Workload DelValue() {
+  Bytes request = Request(CommandCode::Reg_DelValue);
+  AddText(request, kKeyPath);
+  AddText(request, kWrittenName);
+  return {"Reg_DelValue", request, Success()};
+}
+
 Workload EnumKey() {
   Bytes request = Request(CommandCode::Reg_EnumKey);
   AddText(request, kKeyPath);
   AddValue(request, std::uint32_t{0});
   return {"Reg_EnumKey", request, TextReply(kSubkeyName)};
+}
+
+Workload EnumValue() {
+  Bytes request = Request(CommandCode::Reg_EnumValue);
+  AddText(request, kKeyPath);
+  AddValue(request, std::uint32_t{0});
+  Bytes reply = Success();
+  AddTextAndLength(reply, kValueName, sizeof(kValueName) - 1);
+  AddTextAndLength(reply, kValueText, sizeof(kValueText));  // as stored, with its terminator
+  return {"Reg_EnumValue", request, reply};
+}
+
+Workload CreateKey() {
+  Bytes request = Request(CommandCode::Reg_CreateKey);
+  AddText(request, kNestedKeyPath);
+  return {"Reg_CreateKey", request, Success()};
+}
+
+Workload DelKey() {
+  Bytes request = Request(CommandCode::Reg_DelKey);
+  AddText(request, kKeyPath);
+  return {"Reg_DelKey", request, Success()};
 }
 
 Bytes StopRequest() {
@@ -89,12 +128,12 @@ Bytes StopRequest() {
 }
 
 RegistryFixture::RegistryFixture() {
-  const HKEY key = CreateKey(HKEY_LOCAL_MACHINE, kKeyPath);
+  const HKEY key = MakeKey(HKEY_LOCAL_MACHINE, kKeyPath);
   const LSTATUS status = RegSetValueExA(key, kValueName, /*Reserved=*/0, REG_SZ,
                                         reinterpret_cast<const BYTE*>(kValueText),
                                         static_cast<DWORD>(sizeof(kValueText)));
   if (status != ERROR_SUCCESS) Die("the value %s cannot be written: %ld", kValueName, status);
-  (void)RegCloseKey(CreateKey(key, kSubkeyName));
+  (void)RegCloseKey(MakeKey(key, kSubkeyName));
   (void)RegCloseKey(key);
 }
 

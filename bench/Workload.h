@@ -7,10 +7,12 @@
 /// What is asked of the servers, and what they must answer.
 namespace bench {
 
+using Bytes = std::vector<std::uint8_t>;
+
 struct Workload {
   const char* name;
-  std::vector<std::uint8_t> request;
-  std::vector<std::uint8_t> reply;  ///< every answer is compared with this, byte for byte
+  Bytes request;
+  Bytes reply;  ///< every answer is compared with this, byte for byte
 };
 
 /// Code 16 alone.
@@ -19,13 +21,20 @@ Workload NoOperation();
 Workload LargeRequest();
 /// Code 22 for a short text value.
 Workload GetValue();
-/// Code 21 for the only subkey.
+/// Code 3 for another one, and code 18 that deletes it.
+Workload SetValue();
+Workload DelValue();
+/// Codes 21 and 23 for the first subkey and the first value.
 Workload EnumKey();
+Workload EnumValue();
+/// Code 2 for a key four levels down, and code 1 that deletes the tree with it.
+Workload CreateKey();
+Workload DelKey();
 
 /// The request that ends either server.
-std::vector<std::uint8_t> StopRequest();
+Bytes StopRequest();
 
-/// Makes the key that the registry workloads read, and removes it again.
+/// Makes the key that the registry workloads touch, and removes it again.
 class RegistryFixture {
  public:
   RegistryFixture();

@@ -3,9 +3,9 @@
 //
 //   yardstick.exe NAME [registry] [later]
 //
-// serves the pipe NAME with one fixed reply. With `registry` it makes, for the codes of the two
-// registry reads, the registry calls that the product makes and answers in the same shape. It knows
-// no other command, no trace and no fields. The code of StopServer ends it.
+// serves the pipe NAME with one fixed reply. With `registry` it makes, for the codes of the
+// registry commands, the registry calls that the product makes and answers in the same shape. It
+// knows no other command, no trace and no fields. The code of StopServer ends it.
 //
 // The next read is started at once behind the reply. With `later` it is started in the instance's
 // next turn, as the product does: fewer completions then come one by one.
@@ -19,7 +19,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "bench/BenchRegistry.h"
+#include "bench/RegistryWork.h"
 #include "board/boardsvc32.h"
 #include "server/CommandCode.h"
 
@@ -29,7 +29,7 @@ constexpr DWORD kInstances = 64;
 constexpr DWORD kBufferSize = 8192;
 constexpr DWORD kDefaultTimeoutMs = 5000;
 constexpr std::uint8_t kPlainReply[] = {4, 0, 0, 0, 0, 0};
-constexpr DWORD kRegistryReplySize = 64;  // mark, result, a short text with its length, a length
+constexpr DWORD kRegistryReplySize = 64;  // mark, result, two short texts with their lengths
 
 enum class State { Connecting, Reading, Writing };
 
@@ -49,52 +49,33 @@ HANDLE g_events[kInstances];
 bool g_registry = false;
 bool g_readLater = false;
 
-// --- The registry work of the product's two reads ---
+// --- The registry commands ---
 
 void Append(std::uint8_t*& to, const void* data, std::size_t size) {
   std::memcpy(to, data, size);
   to += size;
 }
 
-// A reply of mark, result, text and length. Only the texts of the benchmark fit, and no other is
-// ever asked for.
-DWORD BuildTextReply(std::uint8_t* reply, const char* text, std::uint32_t length) {
+// A reply of mark, result, and each text with its length. Only the texts of the benchmark fit, and
+// no other is ever asked for.
+DWORD BuildReply(std::uint8_t* reply, const bench::RegistryAnswer& answer) {
   std::uint8_t* end = reply;
-  const auto size = static_cast<std::uint32_t>(std::strlen(text));
   Append(end, kPlainReply, sizeof(kPlainReply));
-  if (size > kRegistryReplySize - sizeof(kPlainReply) - 2 * sizeof(size)) std::abort();
-  Append(end, &size, sizeof(size));
-  Append(end, text, size);
-  Append(end, &length, sizeof(length));
+  for (unsigned i = 0; i < answer.count; ++i) {
+    const auto size = static_cast<std::uint32_t>(std::strlen(answer.text[i]));
+    const auto used = static_cast<std::size_t>(end - reply);
+    if (size > kRegistryReplySize - used - 2 * sizeof(size)) std::abort();
+    Append(end, &size, sizeof(size));
+    Append(end, answer.text[i], size);
+    Append(end, &answer.length[i], sizeof(answer.length[i]));
+  }
   return static_cast<DWORD>(end - reply);
 }
 
-DWORD AnswerGetValue(std::uint8_t* reply) {
-  char data[bench::kAnswerRoom + 1];
-  DWORD size = bench::kAnswerRoom;
-  HKEY key = nullptr;
-  if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, bench::kKeyPath, /*ulOptions=*/0, KEY_READ, &key) !=
-          ERROR_SUCCESS ||
-      RegGetValueA(key, /*lpSubKey=*/nullptr, bench::kValueName, RRF_RT_ANY, /*pdwType=*/nullptr,
-                   data, &size) != ERROR_SUCCESS) {
-    std::abort();
-  }
-  (void)RegCloseKey(key);
-  return BuildTextReply(reply, data, size - 1);
-}
-
-DWORD AnswerEnumKey(std::uint8_t* reply) {
-  char name[bench::kAnswerRoom + 1];
-  DWORD length = bench::kAnswerRoom;
-  HKEY key = nullptr;
-  if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, bench::kKeyPath, /*ulOptions=*/0, KEY_ALL_ACCESS, &key) !=
-          ERROR_SUCCESS ||
-      RegEnumKeyExA(key, /*dwIndex=*/0, name, &length, /*lpReserved=*/nullptr, /*lpClass=*/nullptr,
-                    /*lpcchClass=*/nullptr, /*lpftLastWriteTime=*/nullptr) != ERROR_SUCCESS) {
-    std::abort();
-  }
-  (void)RegCloseKey(key);
-  return BuildTextReply(reply, name, length);
+DWORD AnswerRegistryCommand(bench::RegistryWork work, std::uint8_t* reply) {
+  bench::RegistryAnswer answer;
+  work(answer);
+  return BuildReply(reply, answer);
 }
 
 // --- Connections ---
@@ -128,12 +109,11 @@ void Serve(Instance& instance, DWORD received) {
 
   const void* reply = kPlainReply;
   DWORD size = sizeof(kPlainReply);
-  if (g_registry && code == static_cast<std::uint16_t>(CommandCode::Reg_GetValue)) {
+  const bench::RegistryWork work =
+      g_registry ? bench::FindRegistryWork(static_cast<CommandCode>(code)) : nullptr;
+  if (work != nullptr) {
     reply = instance.registryReply;
-    size = AnswerGetValue(instance.registryReply);
-  } else if (g_registry && code == static_cast<std::uint16_t>(CommandCode::Reg_EnumKey)) {
-    reply = instance.registryReply;
-    size = AnswerEnumKey(instance.registryReply);
+    size = AnswerRegistryCommand(work, instance.registryReply);
   }
 
   DWORD count = 0;

@@ -88,6 +88,11 @@ measureServer() {
   onThatProcessor pipeload.exe --server QorlixSRV.exe --yardstick yardstick.exe \
     ${quick[@]+"${quick[@]}"}
   echo
+  echo "### Registry commands beside the same registry work in-process"
+  echo
+  onThatProcessor pipeload.exe --server QorlixSRV.exe --yardstick yardstick.exe --registry \
+    ${quick[@]+"${quick[@]}"}
+  echo
   echo "### Codec alone"
   echo
   onThatProcessor codec_bench.exe

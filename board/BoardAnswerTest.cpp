@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <iterator>
 #include <numeric>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -135,13 +137,35 @@ TEST_P(BoardTooLongTest, AnAnswerThatDoesNotFitIsToldWithItsLengths) {
   EXPECT_EQ(ReplyTo(BoardCommandNamed(GetParam().name)), Wire(GetParam().reply));
 }
 
-TEST_P(BoardTooLongTest, OneByteLessIsAnswered) {
+// The longest answer that fits: one byte less than the shortest that does not.
+std::uint64_t SumOf(const Lengths& lengths) {
+  return std::accumulate(lengths.begin(), lengths.end(), std::uint64_t{0});
+}
+
+std::vector<TooLongCase> JustTooLong() {
+  std::vector<TooLongCase> cases;
+  std::copy_if(std::begin(kTooLong), std::end(kTooLong), std::back_inserter(cases),
+               [](const TooLongCase& one) { return SumOf(one.lengths) == 8161; });
+  return cases;
+}
+
+class BoardJustTooLongTest : public BoardTooLongTest {};
+INSTANTIATE_TEST_SUITE_P(Commands, BoardJustTooLongTest, testing::ValuesIn(JustTooLong()),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_P(BoardJustTooLongTest, OneByteLessIsAnswered) {
   Lengths lengths = GetParam().lengths;
-  const auto sum = std::accumulate(lengths.begin(), lengths.end(), std::uint64_t{0});
-  if (sum != 8161) return;
   --*std::max_element(lengths.begin(), lengths.end());
   Report(lengths);
   EXPECT_EQ(Hex(ReplyTo(BoardCommandNamed(GetParam().name))).substr(0, 12), "040000000000");
+}
+
+// Every command that measures its answer is among them.
+TEST(BoardJustTooLongCasesTest, EveryCommandHasItsLimitTried) {
+  std::set<std::string> all, tried;
+  for (const TooLongCase& one : kTooLong) all.insert(one.name);
+  for (const TooLongCase& one : JustTooLong()) tried.insert(one.name);
+  EXPECT_EQ(tried, all);
 }
 
 TEST_F(BoardAnswerTest, EnumBoardWhoseLengthsAddUpTo8160IsAnsweredInFull) {

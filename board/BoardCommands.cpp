@@ -145,7 +145,8 @@ SrvResult RunBoardCommand(CQorlixSRVPipe& srv, int conId, const BoardCommand& ro
   BoardCall call;
   SrvResult readResult = SRV_OK;
   if (!ReadRequest(srv, conId, row, call, readResult)) return readResult;
-  if (!LendBuffers(row, call)) return BUFFER_OVERFLOW;
+  // A client takes 8602 for an answer that is too long, so it comes with the same fields.
+  if (!LendBuffers(row, call)) return SendLongs(srv, conId, row.tooLong, call, BUFFER_OVERFLOW);
 
   std::uint32_t result = SRV_OK;
   bool returned = false;

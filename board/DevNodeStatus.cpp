@@ -26,7 +26,10 @@ SrvResult GetWDMStatusHlp(std::uint32_t instance, std::uint32_t& status, std::ui
   if (appended != 0) return appended;
 
   platform::DynamicLibrary library;
-  if (!library.Load(path)) return SRV_ERR_DLL_NOT_FOUND;
+  std::uint32_t loaded = 0;
+  raised = !GuardedCall(loaded, [&] { return library.Load(path) ? 1u : 0u; });
+  if (raised) return SRV_ERR_EXCEPTION_OCCURED;
+  if (loaded == 0) return SRV_ERR_DLL_NOT_FOUND;
   const auto call = reinterpret_cast<GetDevNodeStatus>(library.Find("CM_Get_DevNode_Status"));
   if (call == nullptr) return SRV_ERR_ENTRY_POINT_MISSING;
 

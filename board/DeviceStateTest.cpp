@@ -159,6 +159,11 @@ TEST_F(DeviceStateTest, ExceptionsInEitherCallAnswer8604) {
   EXPECT_EQ(fake_dynamic_library::Calls().back(), std::string("free ") + kLibrary);
 }
 
+TEST_F(DeviceStateTest, AnExceptionWhileTheConfigurationManagerIsLoadedAnswers8604) {
+  fake_dynamic_library::OnLoad([](const std::string&) { throw std::runtime_error("fault"); });
+  EXPECT_EQ(Run(kRequest), Wire("0400 9C210000"));
+}
+
 TEST_F(DeviceStateTest, TheLockIsLeftAlone) {
   (void)Run(kRequest);
   EXPECT_THAT(fake_named_object::Calls(), IsEmpty());

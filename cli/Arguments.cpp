@@ -191,7 +191,10 @@ class Parser {
   }
 
   std::string TakeSubcommand() {
-    invocation_.help = invocation_.help || AsksForHelp();
+    if (AsksForHelp()) {
+      invocation_.help = true;
+      rest_.pop_back();
+    }
     if (!rest_.empty() && IsGroup(rest_[0])) invocation_.group = rest_[0];
     if (rest_.empty()) {
       return invocation_.help ? std::string() : "no command given";
@@ -199,8 +202,8 @@ class Parser {
     std::size_t words = 0;
     invocation_.subcommand = FindSubcommand(rest_, words);
     if (invocation_.subcommand == nullptr) {
-      if (invocation_.help) return {};
       const bool inGroup = !invocation_.group.empty();
+      if (inGroup && rest_.size() == 1 && invocation_.help) return {};
       if (inGroup && rest_.size() == 1) return rest_[0] + " needs one of " + NamesIn(rest_[0]);
       return "there is no command '" + rest_[0] + (inGroup ? " " + rest_[1] : "") + "'";
     }

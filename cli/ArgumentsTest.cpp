@@ -101,10 +101,12 @@ TEST(ArgumentsTest, TraceOptionsAreTakenWhereTheyMeanSomething) {
   EXPECT_NE(ErrorOf({"trace", "it"}).find("'trace it'"), std::string::npos);
 }
 
-TEST(ArgumentsTest, HelpAndVersionAreNeverWrong) {
+TEST(ArgumentsTest, HelpAndVersionAreWrongOnlyOfWhatThereIsNot) {
   EXPECT_TRUE(Parsed({"--help"}).help);
   EXPECT_STREQ(Parsed({"reg", "get", "--help"}).subcommand->name, "reg get");
-  EXPECT_EQ(Parsed({"nonsense", "--help"}).subcommand, nullptr);
+  EXPECT_EQ(Parsed({"trace", "--help"}).group, "trace");
+  EXPECT_EQ(ErrorOf({"nonsense", "--help"}), "there is no command 'nonsense'");
+  EXPECT_EQ(ErrorOf({"trace", "decode", "--help"}), "there is no command 'trace decode'");
   EXPECT_TRUE(Parsed({"--version"}).version);
 }
 

@@ -374,8 +374,17 @@ TEST_F(CtlTest, UsageErrorsGoToTheErrorOutputAndNameTheHelp) {
     EXPECT_EQ(RunAlone({group}), kExitUsage);
     EXPECT_TRUE(Complains("'qorlixctl help " + group + "'"));
   }
-  EXPECT_EQ(RunAlone({"help", "nonsense"}), kExitUsage);
-  EXPECT_EQ(output_.out, "");
+  for (const Words& words : {Words{"help", "nonsense"}, Words{"nonsense", "--help"}}) {
+    EXPECT_EQ(RunAlone(words), kExitUsage);
+    EXPECT_TRUE(Complains("there is no command 'nonsense'"));
+    EXPECT_EQ(output_.out, "");
+  }
+  for (const Words& words :
+       {Words{"help", "trace", "decode"}, Words{"trace", "decode", "--help"}}) {
+    EXPECT_EQ(RunAlone(words), kExitUsage);
+    EXPECT_TRUE(Complains("there is no command 'trace decode'"));
+    EXPECT_EQ(output_.out, "");
+  }
 }
 
 TEST_F(CtlTest, CodesAndCommandsAreListed) {

@@ -44,8 +44,11 @@ TEST_F(DoctorActionTest, WarningsAndNotesStillEndWith0AndErrorsWith1) {
   EXPECT_THAT(output_.out, HasSubstr("warning  set-up     SetupSucceeded is missing: "));
   EXPECT_THAT(output_.out, HasSubstr("\n                    -> let the stack's set-up finish"));
   facts_.hasTree = false;
+  EXPECT_EQ(Run({"doctor"}), kExitOk);
+  EXPECT_THAT(output_.out, HasSubstr("1 note, 2 warnings, 0 errors\n"));
+  facts_.devices[0].hardwareId = {};
   EXPECT_EQ(Run({"doctor"}), kExitServer);
-  EXPECT_THAT(output_.out, HasSubstr("1 note, 1 warning, 1 error\n"));
+  EXPECT_THAT(output_.out, HasSubstr("1 note, 2 warnings, 1 error\n"));
 }
 
 TEST_F(DoctorActionTest, JsonHasEveryFindingAndTheCounts) {
@@ -56,7 +59,7 @@ TEST_F(DoctorActionTest, JsonHasEveryFindingAndTheCounts) {
   EXPECT_TRUE(JsonCheck::IsValid(output_.out.substr(0, output_.out.size() - 1))) << output_.out;
   EXPECT_THAT(output_.out, HasSubstr("{\"command\":\"doctor\",\"findings\":[{\"severity\":\"ok\","
                                      "\"check\":\"pipe\",\"text\":"));
-  EXPECT_THAT(output_.out, HasSubstr("\"note\":0,\"warning\":0,\"error\":2},\"ok\":false"));
+  EXPECT_THAT(output_.out, HasSubstr("\"note\":0,\"warning\":1,\"error\":1},\"ok\":false"));
   EXPECT_THAT(output_.out, HasSubstr("\\u0001\\u00ff\\\" has no HardwareID"));
 }
 

@@ -107,7 +107,9 @@ int HelpAction(const Invocation& invocation, Output& output) {
     output.out += GroupHelp(invocation.arguments[0]);
     return kExitOk;
   }
-  return UsageError(output, Invocation(), "there is no command '" + invocation.arguments[0] + "'");
+  std::string name = invocation.arguments[0];
+  if (IsGroup(name)) name += ' ' + invocation.arguments[1];
+  return UsageError(output, Invocation(), "there is no command '" + name + "'");
 }
 
 }  // namespace cli

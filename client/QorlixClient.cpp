@@ -28,10 +28,15 @@ void QorlixClient::SetTimeouts(std::uint32_t connectMs, std::uint32_t exchangeMs
 }
 
 Result QorlixClient::Connect() noexcept {
+  if (!GivesWay()) return {Origin::Request, kCallUnderway};
+  return EnsureConnected(connectMs_);
+}
+
+Result QorlixClient::EnsureConnected(std::uint32_t timeoutMs) noexcept {
   if (pipe_.IsOpen()) return {};
   received_ = 0;
   consumed_ = 0;
-  const std::uint32_t code = pipe_.Open(pipeName_, connectMs_);
+  const std::uint32_t code = pipe_.Open(pipeName_, timeoutMs);
   return code == 0 ? CheckServer() : Result(Origin::Connect, code);
 }
 
@@ -57,11 +62,12 @@ bool QorlixClient::GivesWay() noexcept {
   return true;
 }
 
-Result QorlixClient::Write(Bytes bytes, std::uint32_t timeoutMs) noexcept {
-  const Result connected = Connect();
+Result QorlixClient::Write(Bytes bytes, const Deadline* whole) noexcept {
+  const Result connected =
+      EnsureConnected(whole != nullptr ? std::min(connectMs_, whole->LeftMs()) : connectMs_);
   if (!connected.ok()) return connected;
-  const std::uint32_t code =
-      pipe_.Write(bytes.data(), static_cast<std::uint32_t>(bytes.size()), timeoutMs);
+  const std::uint32_t code = pipe_.Write(bytes.data(), static_cast<std::uint32_t>(bytes.size()),
+                                         whole != nullptr ? whole->LeftMs() : exchangeMs_);
   if (code == 0) return {};
   Disconnect();
   return {Origin::Send, code};
@@ -69,18 +75,18 @@ Result QorlixClient::Write(Bytes bytes, std::uint32_t timeoutMs) noexcept {
 
 Result QorlixClient::Send(Bytes bytes) noexcept {
   if (!GivesWay()) return {Origin::Request, kCallUnderway};
-  return Write(bytes, exchangeMs_);
+  return Write(bytes, /*whole=*/nullptr);
 }
 
 // Sends a request that is to be answered, on a connection where nothing else is.
-Result QorlixClient::StartOf(Bytes request, std::uint32_t timeoutMs) noexcept {
+Result QorlixClient::StartOf(Bytes request, const Deadline* whole) noexcept {
   // Bytes that nobody asked for would be taken for the beginning of this reply.
   if (received_ != consumed_) Disconnect();
   const bool wasKept = pipe_.IsOpen();
-  const Result sent = Write(request, timeoutMs);
+  const Result sent = Write(request, whole);
   const bool wasDead = wasKept && sent.origin() == Origin::Send && IsPipeBroken(sent.code()) &&
                        pipe_.NothingWasWritten();
-  return wasDead ? Write(request, timeoutMs) : sent;
+  return wasDead ? Write(request, whole) : sent;
 }
 
 void QorlixClient::DropReply() noexcept {
@@ -172,7 +178,7 @@ Result QorlixClient::Receive(Bytes request, Reply& reply) noexcept {
 Result QorlixClient::Exchange(Bytes request, Reply& reply) noexcept {
   reply = {};
   if (!GivesWay()) return {Origin::Request, kCallUnderway};
-  const Result sent = StartOf(request, exchangeMs_);
+  const Result sent = StartOf(request, /*whole=*/nullptr);
   if (!sent.ok()) return sent;
   return Receive(request, reply);
 }
@@ -181,7 +187,7 @@ Result QorlixClient::Begin(Bytes request, std::uint32_t deadlineMs) noexcept {
   if (!GivesWay()) return {Origin::Request, kCallUnderway};
   if (request.size() > sizeof(request_)) return {Origin::Request, BUFFER_OVERFLOW};
   patience_ = {Deadline(deadlineMs), /*mayPause=*/true};
-  const Result sent = StartOf(request, deadlineMs);
+  const Result sent = StartOf(request, &patience_.whole);
   if (!sent.ok()) return sent;
   DropReply();
   std::copy(request.begin(), request.end(), request_);

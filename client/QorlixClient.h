@@ -134,7 +134,8 @@ class QorlixClient {
 
   /// Sends one request; its reply is fetched by Wait(). Until then, or until Disconnect(), every
   /// other call is refused with kCallUnderway. Takes as long as a connection takes.
-  /// \param deadlineMs for the whole of it, from now on; after that the call has failed
+  /// \param deadlineMs for the whole of it, from now on, the connection included; after that the
+  ///   call has failed
   Result Begin(Bytes request, std::uint32_t deadlineMs) noexcept;
   bool IsUnderway() const noexcept { return underway_; }
   /// Waits for the reply; with 0 it only looks.
@@ -162,9 +163,11 @@ class QorlixClient {
     bool lingers = false;
   };
 
+  Result EnsureConnected(std::uint32_t timeoutMs) noexcept;
   Result CheckServer() noexcept;
-  Result StartOf(Bytes request, std::uint32_t timeoutMs) noexcept;
-  Result Write(Bytes bytes, std::uint32_t timeoutMs) noexcept;
+  // Without a deadline for the whole of it, connecting and writing have their own times.
+  Result StartOf(Bytes request, const Deadline* whole) noexcept;
+  Result Write(Bytes bytes, const Deadline* whole) noexcept;
   bool Advance(Bytes request, Patience& patience, std::uint32_t waitMs, Result& result,
                Reply& reply) noexcept;
   bool AwaitSecond(Patience& patience, const Deadline& now) noexcept;

@@ -9,6 +9,7 @@ namespace {
 const char* RequestText(std::uint32_t code) {
   if (code == kCallUnderway) return "another call of this client is still under way";
   if (code == kNoCallUnderway) return "no call of this client is under way";
+  if (code == kBadArgument) return "an argument of the function is null, or has no meaning";
   return "the request is longer than the 8192 bytes that the server reads at once";
 }
 
@@ -41,6 +42,7 @@ const char* ReceiveText(std::uint32_t code) {
     return "the call was cancelled; the server may carry it out all the same";
   }
   if (code == kInvalidReply) return "what came back is not a reply of the server";
+  if (code == kStillUnderway) return "the call is under way: its reply has not come yet";
   return ResultText(code);
 }
 

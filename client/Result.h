@@ -11,17 +11,20 @@ namespace client {
 enum class Origin : std::uint8_t {
   Server,   ///< the server answered; the code is the one in its reply
   Request,  ///< nothing was sent: the request cannot be built, and the code is BUFFER_OVERFLOW; or
-            ///< kCallUnderway or kNoCallUnderway
+            ///< kCallUnderway, kNoCallUnderway or, of the plain C functions, kBadArgument
   Connect,  ///< no connection; the code is the platform's
   Verify,   ///< somebody else serves the pipe, and nothing was sent; the code is kForeignServer
   Send,     ///< the request did not get through; the code is the platform's
   Receive,  ///< no whole reply came back; the code is the platform's
 };
 
-/// ERROR_INVALID_OWNER, ERROR_BUSY and ERROR_NOT_FOUND.
+/// ERROR_INVALID_OWNER, ERROR_BUSY, ERROR_NOT_FOUND and ERROR_INVALID_PARAMETER.
 inline constexpr std::uint32_t kForeignServer = 1307;
 inline constexpr std::uint32_t kCallUnderway = 170;
 inline constexpr std::uint32_t kNoCallUnderway = 1168;
+inline constexpr std::uint32_t kBadArgument = 87;
+/// ERROR_IO_INCOMPLETE: with Origin::Receive, a call whose reply has not come yet.
+inline constexpr std::uint32_t kStillUnderway = 996;
 
 /// The outcome of one call to the server. It is never thrown, and small enough to be copied.
 class [[nodiscard]] Result {

@@ -15,7 +15,8 @@ namespace {
 TEST(ResultCodesTest, EveryCodeThatTheServerDefinesOrSendsHasANameAndAText) {
   EXPECT_STREQ(ResultName(0), "SRV_OK");
   EXPECT_STREQ(ResultName(5), "ERROR_ACCESS_DENIED");
-  EXPECT_STREQ(ResultName(1255), "ERROR_SHUTDOWN_IN_PROGRESS");
+  // Not the platform's name, which it gives to 1115 less one word.
+  EXPECT_STREQ(ResultName(1255), "SRV_SHUTDOWN_IN_PROGRESS");
   EXPECT_STREQ(ResultName(8602), "BUFFER_OVERFLOW");
   EXPECT_STREQ(ResultName(8603), "SRV_ERR_DLL_NOT_FOUND");
   EXPECT_STREQ(ResultName(8604), "SRV_ERR_EXCEPTION_OCCURED");

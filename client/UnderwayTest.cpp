@@ -85,6 +85,17 @@ TEST_F(UnderwayTest, BehindTheDeadlineTheCallHasFailedAndTheConnectionIsClosed) 
   EXPECT_EQ(server_.Connections(), 2);
 }
 
+// Natively a busy pipe takes no time in any case.
+TEST_F(UnderwayTest, TheDeadlineHoldsForTheConnectionToo) {
+  server_.IsBusy();
+  const auto start = std::chrono::steady_clock::now();
+  const Result result = client_.Begin(Ping(), /*deadlineMs=*/100);
+  EXPECT_EQ(result.origin(), Origin::Connect);
+  EXPECT_EQ(result.code(), kPipeBusy);
+  EXPECT_FALSE(client_.IsUnderway());
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(kPatience / 2));
+}
+
 TEST_F(UnderwayTest, AReplyThatIsDoubledPerhapsIsWaitedForInPieces) {
   server_.Answers({"0400 00000000", "0400 00000000 0400 00000000"});
   server_.Answers({"0400 00000000"});
@@ -101,8 +112,9 @@ TEST_F(UnderwayTest, AReplyThatIsDoubledPerhapsIsWaitedForInPieces) {
 TEST_F(UnderwayTest, MeanwhileEveryOtherCallIsRefused) {
   server_.Answers({"0400 1F000000"});
   ASSERT_TRUE(client_.Begin(Ping(), kPatience).ok());
-  for (const Result& result : {client_.NoOperation(), client_.Send(Ping()),
-                               client_.Begin(Ping(), kPatience), client_.Receive(Ping(), reply_)}) {
+  for (const Result& result :
+       {client_.NoOperation(), client_.Send(Ping()), client_.Begin(Ping(), kPatience),
+        client_.Receive(Ping(), reply_), client_.Connect()}) {
     EXPECT_EQ(result.origin(), Origin::Request);
     EXPECT_EQ(result.code(), kCallUnderway);
   }
@@ -152,6 +164,15 @@ TEST_F(UnderwayTest, CancellingWithoutACallDoesNothing) {
   server_.Answers({"0400 00000000"});
   client_.Cancel();
   EXPECT_TRUE(client_.NoOperation().ok());
+}
+
+TEST_F(UnderwayTest, CancellingWithoutACallDoesNotKeepTheNextOneFromConnecting) {
+  server_.IsBusy();
+  client_.SetTimeouts(/*connectMs=*/100, kPatience);
+  client_.Cancel();
+  const Result result = client_.Connect();
+  EXPECT_EQ(result.origin(), Origin::Connect);
+  EXPECT_EQ(result.code(), kPipeBusy);
 }
 
 TEST_F(UnderwayTest, AConnectionThatIsDeadBeforeTheRequestIsReplacedAtOnce) {

@@ -18,7 +18,7 @@ endmacro()
 
 qorlix_deliver(QorlixSRV .)
 qorlix_deliver(qorlixctl .)
-install(FILES README.md SECURITY.md CHANGELOG.md DESTINATION .)
+install(FILES installer/README.md SECURITY.md CHANGELOG.md DESTINATION .)
 install(DIRECTORY docs/ DESTINATION docs FILES_MATCHING PATTERN "*.md")
 
 # For programs that talk to the server: headers, the C++ client as an archive of this tool chain,

@@ -12,6 +12,11 @@ if(QORLIX_COVERAGE)
   # Programs of one build write into the same counters, and the server has threads.
   target_compile_options(qorlix_core PRIVATE --coverage -fprofile-update=atomic)
 endif()
+# The fuzzers of fuzz/ link what the tests link, so the archive tells them which of its branches an
+# input reaches; other programs do not listen.
+if(QORLIX_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  target_compile_options(qorlix_core PRIVATE -fsanitize=fuzzer-no-link)
+endif()
 
 function(qorlix_folder name)
   cmake_parse_arguments(ARG "" "" "CORE;WIN32;TESTS;WIN32_TESTS;NATIVE_TESTS" ${ARGN})

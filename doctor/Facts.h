@@ -40,6 +40,7 @@ struct FileFacts {
   ImageKind kind = ImageKind::Missing;
   std::uint32_t error = 0;  ///< why its access list is not known
   AccessList access;
+  bool isStandIn = false;  ///< says so itself
 };
 
 /// A library of the stack in every place where it may lie. A file that is in none has
@@ -90,6 +91,7 @@ struct Facts {
 
   bool hasTree = false;  ///< the stack's key can be read
   ValueFacts setUp;      ///< SetupSucceeded
+  ValueFacts strictProfile;
   std::vector<DeviceFacts> devices;
 
   TraceFacts trace;

@@ -58,12 +58,10 @@ void ExamineTrace(const TraceFacts& trace, Findings& findings) {
   }
 }
 
-void ExamineSources(const std::vector<EventSourceFacts>& sources, Findings& findings) {
+void ExamineSources(const Facts& facts, Findings& findings) {
   static constexpr char kKey[] =
       "HKLM\\SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\";
-  static constexpr char kMessages[] =
-      "%SystemRoot%\\Microsoft.NET\\Framework\\v4.0.30319\\EventLogMessages.dll";
-  for (const EventSourceFacts& source : sources) {
+  for (const EventSourceFacts& source : facts.sources) {
     const std::string name = '"' + source.name + '"';
     if (source.isRegistered && source.hasMessageFile) {
       findings.push_back({Severity::Ok, "event log", "the source " + name + " is registered", ""});
@@ -78,8 +76,8 @@ void ExamineSources(const std::vector<EventSourceFacts>& sources, Findings& find
     text += ": its events are there, but the viewer adds that it cannot explain them";
     std::string remedy = "reg add \"";
     remedy += kKey + source.name;
-    remedy += "\" /v EventMessageFile /t REG_EXPAND_SZ /d ";
-    remedy += kMessages;
+    // The server carries the texts of both.
+    remedy += "\" /v EventMessageFile /t REG_EXPAND_SZ /d \"" + facts.server.path + '"';
     findings.push_back({Severity::Note, "event log", text, remedy});
   }
 }
@@ -92,9 +90,9 @@ Findings Examine(const Facts& facts) {
   ExamineLibraries(facts, findings);
   ExamineEngine(facts, findings);
   ExamineRegistry(facts, findings);
-  ExamineDevices(facts.devices, findings);
+  ExamineDevices(facts, findings);
   ExamineTrace(facts.trace, findings);
-  ExamineSources(facts.sources, findings);
+  ExamineSources(facts, findings);
   return findings;
 }
 

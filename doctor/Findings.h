@@ -31,9 +31,9 @@ void ExamineFolders(const Facts& facts, Findings& findings);
 void ExamineLibraries(const Facts& facts, Findings& findings);
 void ExamineEngine(const Facts& facts, Findings& findings);
 void ExamineRegistry(const Facts& facts, Findings& findings);
-void ExamineDevices(const std::vector<DeviceFacts>& devices, Findings& findings);
+void ExamineDevices(const Facts& facts, Findings& findings);
 void ExamineTrace(const TraceFacts& trace, Findings& findings);
-void ExamineSources(const std::vector<EventSourceFacts>& sources, Findings& findings);
+void ExamineSources(const Facts& facts, Findings& findings);
 
 }  // namespace doctor
 

@@ -76,6 +76,11 @@ TEST_F(FindingsTest, InstancesThatCannotBeSeenAreANote) {
   ExpectOnly("note pipe: how many instances", "");
 }
 
+TEST_F(FindingsTest, APipeOfAnotherUserIsAnErrorOfItsOwn) {
+  facts_.pipe.answer = 1307;
+  ExpectOnly("error pipe: \\\\.\\pipe\\P belongs to another user", "find out who started");
+}
+
 TEST_F(FindingsTest, AServerThatDoesNotAnswerIsAnError) {
   facts_.pipe.answer = 258;
   ExpectOnly("error pipe: the server does not answer as it should: code 258", "message box");
@@ -114,7 +119,8 @@ TEST_F(FindingsTest, AMissingFolderMattersOnlyWhileLinesAreWritten) {
 TEST_F(FindingsTest, SourcesThatCannotExplainTheirEventsAreNotes) {
   facts_.sources[0].isRegistered = false;
   ExpectOnly("note event log: the source \"MIREL RegistryOperation\" is not registered",
-             "Application\\MIREL RegistryOperation\" /v EventMessageFile");
+             "Application\\MIREL RegistryOperation\" /v EventMessageFile /t REG_EXPAND_SZ /d "
+             "\"C:\\Stack\\QORLIXSRV.EXE\"");
   facts_ = HealthyFacts();
   facts_.sources[1] = {"Zqotrc", true, "", false};
   ExpectOnly("note event log: the source \"Zqotrc\" is registered without a message file",

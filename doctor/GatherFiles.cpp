@@ -3,6 +3,8 @@
 #include <aclapi.h>
 
 #include <iterator>
+#include <string_view>
+#include <vector>
 
 #include "doctor/Gather.h"
 #include "platform/UniqueHandle.h"
@@ -67,6 +69,24 @@ std::uint32_t ReadAccess(const std::string& path, AccessList& access) {
   return 0;
 }
 
+// What a library's properties say of the product that it belongs to.
+bool IsStandIn(const std::string& path) {
+  static constexpr char kProduct[] = "QorlixSRV stand-ins";
+  DWORD ignored = 0;
+  std::vector<BYTE> block(GetFileVersionInfoSizeA(path.c_str(), &ignored));
+  if (block.empty() || GetFileVersionInfoA(path.c_str(), /*dwHandle=*/0,
+                                           static_cast<DWORD>(block.size()), block.data()) == FALSE)
+    return false;
+  void* text = nullptr;
+  UINT size = 0;
+  if (VerQueryValueA(block.data(), R"(\StringFileInfo\040904E4\ProductName)", &text, &size) ==
+      FALSE)
+    return false;
+  // Whether the terminator is counted differs from platform to platform.
+  const std::string_view product(static_cast<const char*>(text), size);
+  return product.substr(0, product.find('\0')) == kProduct;
+}
+
 }  // namespace
 
 ImageKind KindOfFile(const std::string& path) {
@@ -79,6 +99,8 @@ ImageKind KindOfFile(const std::string& path) {
     return GetFileAttributesA(path.c_str()) == INVALID_FILE_ATTRIBUTES ? ImageKind::Missing
                                                                        : ImageKind::Unreadable;
   }
+  // A plug-in's name may be that of a device, CON say, and whoever reads that waits for a key.
+  if (GetFileType(file.get()) != FILE_TYPE_DISK) return ImageKind::Unreadable;
   std::uint8_t head[kImageHead] = {};
   DWORD size = 0;
   if (ReadFile(file.get(), head, sizeof(head), &size, /*lpOverlapped=*/nullptr) == FALSE) {
@@ -92,6 +114,7 @@ FileFacts GatherFile(const std::string& path) {
   facts.path = path;
   facts.kind = KindOfFile(path);
   if (facts.kind != ImageKind::Missing) facts.error = ReadAccess(path, facts.access);
+  facts.isStandIn = facts.kind == ImageKind::Fitting && IsStandIn(path);
   return facts;
 }
 

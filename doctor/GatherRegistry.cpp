@@ -4,6 +4,7 @@
 
 #include "doctor/Gather.h"
 #include "doctor/PluginValue.h"
+#include "platform/MachineSetting.h"
 #include "platform/UniqueHandle.h"
 
 namespace doctor {
@@ -100,8 +101,9 @@ EventSourceFacts Source(const char* name) {
 void GatherRegistry(const std::string& systemFolder, Facts& facts) {
   const OwnedKey tree = Open(HKEY_LOCAL_MACHINE, "SOFTWARE\\Vesmark\\NORVA");
   facts.hasTree = static_cast<bool>(tree);
-  facts.setUp =
-      Value(Open(HKEY_LOCAL_MACHINE, "SOFTWARE\\Vesmark\\Shared Tools\\MIREL"), "SetupSucceeded");
+  const OwnedKey settings = Open(HKEY_LOCAL_MACHINE, platform::kMachineSettingKey);
+  facts.setUp = Value(settings, "SetupSucceeded");
+  facts.strictProfile = Value(settings, "StrictProfile");
   const OwnedKey devices =
       Open(HKEY_LOCAL_MACHINE, "SOFTWARE\\Vesmark\\NORVA\\DefDevices\\DeviceID");
   if (!devices) return;

@@ -96,6 +96,17 @@ TEST(GatherTest, FilesAreWhatTheyAre) {
   (void)DeleteFileA(name);
 }
 
+TEST(GatherTest, AStandInSaysThatItIsOne) {
+  const std::string own = OwnPath();
+  const FileFacts simulator = GatherFile(own.substr(0, own.rfind('\\')) + "\\boardsvc32.dll");
+  EXPECT_EQ(simulator.kind, ImageKind::Fitting);
+  EXPECT_TRUE(simulator.isStandIn);
+  EXPECT_FALSE(GatherFile(own).isStandIn);
+  EXPECT_FALSE(GatherFile(SystemFolder() + "\\kernel32.dll").isStandIn);
+}
+
+TEST(GatherTest, ADeviceIsNotReadFrom) { EXPECT_EQ(KindOfFile("NUL"), ImageKind::Unreadable); }
+
 TEST(GatherTest, TheAccessListOfAFolderTellsWhoMayWrite) {
   {
     const Folder open("D:P(A;;GA;;;WD)");

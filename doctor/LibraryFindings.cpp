@@ -36,6 +36,10 @@ Finding StateOf(const char* check, const FileFacts& file) {
                 std::to_string(file.error),
             "run doctor in an elevated command prompt"};
   }
+  if (file.isStandIn) {
+    return {Severity::Note, check, file.path + " is a stand-in, not the vendor's",
+            "put the vendor's there, unless this machine is for trials"};
+  }
   return {Severity::Ok, check, file.path + " is there", ""};
 }
 

@@ -96,6 +96,12 @@ TEST_F(LibraryFindingsTest, ALibraryHasToBeA32BitOneAndReadable) {
   ExpectOnly("warning library: C:\\System\\ipcfgx.dll cannot be read", "icacls");
 }
 
+TEST_F(LibraryFindingsTest, AStandInIsNotTheVendors) {
+  Library("boardsvc32.dll").besideServer.isStandIn = true;
+  ExpectOnly("note library: C:\\Stack\\boardsvc32.dll is a stand-in, not the vendor's",
+             "put the vendor's there");
+}
+
 TEST_F(LibraryFindingsTest, ALibraryThatUsersCanReplaceIsAnError) {
   Library("ringdiag.dll").inSystem.access = Allows(Who::Everyone, kWriteData);
   ExpectOnly("error library: C:\\System\\ringdiag.dll can be changed by Everyone",

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "client/Result.h"
 #include "doctor/Findings.h"
 
 namespace doctor {
@@ -82,6 +83,13 @@ void ExamineInstances(const PipeFacts& pipe, Findings& findings) {
 
 Finding Answer(const PipeFacts& pipe) {
   if (pipe.answer == 0) return {Severity::Ok, "pipe", "the server answers", ""};
+  if (pipe.answer == client::kForeignServer) {
+    return {Severity::Error, "pipe",
+            pipe.name +
+                " belongs to another user, who is neither the system nor the administrators: "
+                "nothing was asked of it",
+            "find out who started that program; end it, then start the server elevated"};
+  }
   return {Severity::Error, "pipe",
           "the server does not answer as it should: code " + std::to_string(pipe.answer),
           "look for a message box on its desktop, and for a plug-in that does not return; "

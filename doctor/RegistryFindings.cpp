@@ -1,5 +1,6 @@
 #include "doctor/Findings.h"
 #include "doctor/PluginValue.h"
+#include "trace/TraceText.h"
 
 namespace doctor {
 namespace {
@@ -7,6 +8,7 @@ namespace {
 constexpr char kTree[] = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Vesmark\\NORVA";
 constexpr std::size_t kGateRoom = 8160;   // bytes that the server reads of the gate
 constexpr std::size_t kDeviceRoom = 260;  // bytes that it reads of a device's value
+constexpr std::size_t kPathRoom = 260;    // of the path it makes, the terminator included
 
 std::string TextOf(const ValueFacts& value) {
   return value.bytes.substr(0, value.bytes.find('\0'));
@@ -33,6 +35,27 @@ Finding Gate(const ValueFacts& setUp) {
           std::string(kName) + " is set: the server repairs and checks when it starts", ""};
 }
 
+// What a server makes of the setting that starts now.
+Finding Profile(const ValueFacts& setting) {
+  constexpr std::uint32_t kText = 1;        // REG_SZ
+  constexpr std::uint32_t kExpandable = 2;  // REG_EXPAND_SZ, which is expanded when it is read
+  const bool isText = setting.type == kText || setting.type == kExpandable;
+  const std::string text = isText ? TextOf(setting) : "";
+  if (!setting.isThere) return {Severity::Ok, "profile", "the strict profile is off", ""};
+  if (zqotrc::EqualsIgnoringCase(text, "enforce")) {
+    return {Severity::Ok, "profile", "the strict profile is enforced", ""};
+  }
+  if (zqotrc::EqualsIgnoringCase(text, "report")) {
+    return {Severity::Note, "profile",
+            "the strict profile reports to the event log what it would refuse, and refuses nothing",
+            "look for events that begin with 'Strict profile would refuse'; without any, set "
+            "StrictProfile to 'enforce'"};
+  }
+  return {Severity::Warning, "profile",
+          "StrictProfile is none of the texts 'report' and 'enforce', so the strict profile is off",
+          "set it to one of them, or delete it"};
+}
+
 /// One of a device's two plug-ins.
 struct Plugin {
   const DeviceFacts& device;
@@ -53,13 +76,6 @@ std::string Remedy(const Plugin& plugin) {
 bool ExamineText(const Plugin& plugin, const PluginValue& value, Findings& findings) {
   const std::string quoted = '"' + TextOf(plugin.value) + '"';
   const std::size_t before = findings.size();
-  if (plugin.value.bytes.size() > kDeviceRoom) {
-    findings.push_back({Severity::Error, "device",
-                        Of(plugin) + ": longer than the 260 bytes that are read: '" +
-                            plugin.command + "' answers 234",
-                        Remedy(plugin)});
-    return false;
-  }
   if (!value.hasComma || value.function.empty()) {
     findings.push_back({Severity::Error, "device",
                         Of(plugin) + ": " + quoted +
@@ -88,7 +104,26 @@ bool ExamineText(const Plugin& plugin, const PluginValue& value, Findings& findi
   return findings.size() == before;
 }
 
-void ExaminePlugin(const Plugin& plugin, Findings& findings) {
+// What keeps the server from coming as far as the library. \returns whether there is any of it.
+bool ExamineLengths(const Plugin& plugin, const PluginValue& value, const std::string& systemFolder,
+                    Findings& findings) {
+  if (plugin.value.bytes.size() > kDeviceRoom) {
+    findings.push_back({Severity::Error, "device",
+                        Of(plugin) + ": longer than the 260 bytes that are read: '" +
+                            plugin.command + "' answers 234",
+                        Remedy(plugin)});
+    return true;
+  }
+  const std::size_t path = systemFolder.size() + 1 + value.library.size();
+  if (path < kPathRoom) return false;
+  findings.push_back({Severity::Error, "device",
+                      Of(plugin) + ": the path of its library has " + std::to_string(path) +
+                          " bytes, 259 are the most: '" + plugin.command + "' answers 34",
+                      Remedy(plugin)});
+  return true;
+}
+
+void ExaminePlugin(const Plugin& plugin, const std::string& systemFolder, Findings& findings) {
   if (!plugin.value.isThere) {
     findings.push_back({Severity::Note, "device",
                         Of(plugin) + ": not there, so '" + plugin.command + "' answers 2",
@@ -96,6 +131,7 @@ void ExaminePlugin(const Plugin& plugin, Findings& findings) {
     return;
   }
   const PluginValue value = ParsePluginValue(plugin.value.bytes);
+  if (ExamineLengths(plugin, value, systemFolder, findings)) return;
   const bool isSound = ExamineText(plugin, value, findings);
   const std::string library = Of(plugin) + ": " + value.library;
   switch (plugin.kind) {
@@ -121,37 +157,50 @@ void ExaminePlugin(const Plugin& plugin, Findings& findings) {
   }
 }
 
+void ExamineHardwareId(const DeviceFacts& device, Findings& findings) {
+  static constexpr char kRemedy[] = "install the device's software anew";
+  if (!device.hardwareId.isThere) {
+    findings.push_back({Severity::Error, "device",
+                        device.name + " has no HardwareID: 'install' and 'deinstall' answer 2",
+                        kRemedy});
+  } else if (device.hardwareId.bytes.size() > kDeviceRoom) {
+    findings.push_back({Severity::Error, "device",
+                        device.name +
+                            ", HardwareID: longer than the 260 bytes that are read: 'install' and "
+                            "'deinstall' answer 234",
+                        kRemedy});
+  }
+}
+
 }  // namespace
 
 void ExamineRegistry(const Facts& facts, Findings& findings) {
   if (facts.hasTree) {
     findings.push_back({Severity::Ok, "registry", std::string(kTree) + " is there", ""});
   } else {
-    findings.push_back({Severity::Error, "registry",
+    findings.push_back({Severity::Warning, "registry",
                         std::string(kTree) + " is missing or cannot be read: the stack is not set "
                                              "up",
                         "run the stack's set-up"});
   }
   findings.push_back(Gate(facts.setUp));
+  findings.push_back(Profile(facts.strictProfile));
 }
 
-void ExamineDevices(const std::vector<DeviceFacts>& devices, Findings& findings) {
-  if (devices.empty()) {
+void ExamineDevices(const Facts& facts, Findings& findings) {
+  if (facts.devices.empty()) {
     findings.push_back({Severity::Note, "device",
                         "no device is registered below DefDevices\\DeviceID: 'install' and "
                         "'deinstall' answer 2",
                         ""});
   }
-  for (const DeviceFacts& device : devices) {
-    if (!device.hardwareId.isThere) {
-      findings.push_back({Severity::Error, "device",
-                          device.name + " has no HardwareID: 'install' and 'deinstall' answer 2",
-                          "install the device's software anew"});
-    }
+  const std::string& systemFolder = facts.systemFolder.path;
+  for (const DeviceFacts& device : facts.devices) {
+    ExamineHardwareId(device, findings);
     ExaminePlugin({device, "Installer", "install", device.installer, device.installerKind},
-                  findings);
+                  systemFolder, findings);
     ExaminePlugin({device, "Deinstaller", "deinstall", device.deinstaller, device.deinstallerKind},
-                  findings);
+                  systemFolder, findings);
   }
 }
 

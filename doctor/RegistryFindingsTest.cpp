@@ -12,9 +12,9 @@ class RegistryFindingsTest : public FindingsFixture {
   DeviceFacts& device_ = facts_.devices[0];
 };
 
-TEST_F(RegistryFindingsTest, AMissingTreeIsAnError) {
+TEST_F(RegistryFindingsTest, AMissingTreeIsAWarning) {
   facts_.hasTree = false;
-  ExpectOnly("error registry: HKEY_LOCAL_MACHINE\\SOFTWARE\\Vesmark\\NORVA is missing", "set-up");
+  ExpectOnly("warning registry: HKEY_LOCAL_MACHINE\\SOFTWARE\\Vesmark\\NORVA is missing", "set-up");
 }
 
 TEST_F(RegistryFindingsTest, AMissingGateKeepsTheStartUpRunFromHappening) {
@@ -38,6 +38,26 @@ TEST_F(RegistryFindingsTest, TheGateIsReadAsAText) {
   EXPECT_EQ(Wrong(), "");
   facts_.setUp.bytes = "00";
   EXPECT_EQ(Wrong(), "");
+}
+
+TEST_F(RegistryFindingsTest, TheStrictProfileIsRightWhenItIsOffOrEnforced) {
+  facts_.strictProfile = {true, 1, std::string("ENFORCE\0", 8)};
+  EXPECT_EQ(Wrong(), "");
+  facts_.strictProfile.type = 2;
+  EXPECT_EQ(Wrong(), "");
+}
+
+TEST_F(RegistryFindingsTest, AStrictProfileThatOnlyReportsIsANote) {
+  facts_.strictProfile = {true, 1, "Report"};
+  ExpectOnly("note profile: the strict profile reports", "enforce");
+}
+
+TEST_F(RegistryFindingsTest, AStrictProfileThatMeansNothingIsAWarning) {
+  for (const ValueFacts& setting :
+       {ValueFacts{true, 1, "enforced"}, ValueFacts{true, 1, ""}, ValueFacts{true, 4, "enforce"}}) {
+    facts_.strictProfile = setting;
+    ExpectOnly("warning profile: StrictProfile is none of", "delete it");
+  }
 }
 
 TEST_F(RegistryFindingsTest, NoDeviceIsANote) {
@@ -106,7 +126,33 @@ TEST_F(RegistryFindingsTest, APluginLongerThanTheServerReadsIsAnError) {
   device_.installer.bytes = "x.dll," + std::string(254, 'F');
   EXPECT_EQ(Wrong(), "");
   device_.installer.bytes += 'F';
-  ExpectOnly("error device: DEMO1, Installer: longer than the 260 bytes", "LIBRARY,FUNCTION");
+  for (const ImageKind kind : {ImageKind::Fitting, ImageKind::Missing}) {
+    device_.installerKind = kind;
+    ExpectOnly("error device: DEMO1, Installer: longer than the 260 bytes", "LIBRARY,FUNCTION");
+  }
+}
+
+// What lies on the disk does not matter then.
+TEST_F(RegistryFindingsTest, APathTooLongToBeMadeIsToldAsTheServerAnswersIt) {
+  facts_.systemFolder.path = R"(C:\System)";
+  const std::string fits(259 - facts_.systemFolder.path.size() - 1, 'p');
+  device_.deinstaller.bytes = fits + ",F";
+  EXPECT_EQ(Wrong(), "");
+  device_.deinstaller.bytes = fits + "p,F";
+  for (const ImageKind kind : {ImageKind::Missing, ImageKind::Fitting}) {
+    device_.deinstallerKind = kind;
+    ExpectOnly(
+        "error device: DEMO1, Deinstaller: the path of its library has 260 bytes, 259 are the "
+        "most: 'deinstall' answers 34",
+        "LIBRARY,FUNCTION");
+  }
+}
+
+TEST_F(RegistryFindingsTest, AHardwareIdLongerThanTheServerReadsIsAnError) {
+  device_.hardwareId.bytes = std::string(260, 'H');
+  EXPECT_EQ(Wrong(), "");
+  device_.hardwareId.bytes += 'H';
+  ExpectOnly("error device: DEMO1, HardwareID: longer than the 260 bytes", "software anew");
 }
 
 TEST(PluginValueTest, ItIsSplitAtItsFirstCommaAndEndsAtItsFirstZeroByte) {

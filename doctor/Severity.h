@@ -10,7 +10,9 @@ enum class Severity : std::uint8_t {
   Ok,
   Note,     ///< worth knowing; nothing fails by it
   Warning,  ///< something that clients may ask for will fail
-  Error,    ///< the server does not serve, or serves whom it should not
+  /// The server does not serve, or serves whom it should not; or a library or device that is set up
+  /// cannot work.
+  Error,
 };
 
 }  // namespace doctor

@@ -5,6 +5,7 @@
 #include <span>
 
 #include "client/CommandInfo.h"
+#include "fuzz/Sections.h"
 #include "server/SrvResult.h"
 
 namespace {
@@ -58,5 +59,13 @@ std::string ProtocolDictionary() {
     for (int i = 0; i < 4; ++i) head[2 + i] = static_cast<std::uint8_t>(known.result >> (8 * i));
     text += Entry(known.name, head);
   }
+  text += "\n# Between the parts of an input that has several.\n";
+  text += Entry("next_part", sections::kMark);
+  text +=
+      "\n# What keys are made of.\n"
+      "tree=\"SOFTWARE\\\\Vesmark\\\\NORVA\"\n"
+      "tree_of_64_bit=\"SOFTWARE\\\\Wow6432Node\\\\Vesmark\\\\NORVA\"\n"
+      "up=\"\\\\..\"\n"
+      "here=\"\\\\.\"\n";
   return text;
 }

@@ -2,9 +2,10 @@
 ;   VERSION  FILES (macros that bring and take away the files)  SIMULATOR (folder of the simulator)
 ;   SIZE_KB  OUTPUT
 ;
-; Silently:  QorlixSRV-...-setup.exe /S [/SIMULATOR] [/D=C:\folder]
+; Silently:  QorlixSRV-...-setup.exe /S [/SIMULATOR] [/STANDINS] [/D=C:\folder]
 ; Exit codes: 0 done; 2 broken off, nothing was changed or not everything is there; 3 the server
-; runs from that folder, and nothing was changed; 4 done, but without the simulator.
+; runs from that folder, and nothing was changed; 4 done, but without the simulator; 5 the folder
+; stands in quotation marks, and nothing was changed.
 Unicode true
 ManifestSupportedOS all
 RequestExecutionLevel admin
@@ -15,7 +16,10 @@ AllowSkipFiles off
 !include LogicLib.nsh
 !include FileFunc.nsh
 !include Sections.nsh
+!include StrFunc.nsh
 !include "${FILES}"
+
+${StrStr}
 
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\QorlixSRV"
 !define SOURCES_KEY "SYSTEM\CurrentControlSet\Services\EventLog\Application"
@@ -52,6 +56,25 @@ UninstPage instfiles
     ${EndIf}
     FileClose $R0
   ${EndIf}
+!macroend
+
+; A folder in quotation marks, as PowerShell and others pass one with blanks, is not taken for one:
+; another folder would be worked on, and nothing would tell.
+!macro REFUSE_FOLDER_IN_QUOTES
+  System::Call "kernel32::GetCommandLine() t .R0"  ; $CMDLINE lacks what was taken for a folder
+  ${StrStr} $R1 $R0 '"/D='
+  ${StrStr} $R2 $R0 '/D="'
+  ${If} "$R1$R2" != ""
+    MessageBox MB_OK|MB_ICONSTOP "/D=FOLDER stands last and without quotation marks." /SD IDOK
+    SetErrorLevel 5
+    Quit
+  ${EndIf}
+!macroend
+
+; The simulator that was put beside the server, told from a library that has taken its place.
+!macro TIME_OF_BOARD_LIBRARY RESULT
+  GetFileTime "$INSTDIR\boardsvc32.dll" $R3 $R4
+  StrCpy ${RESULT} "$R3 $R4"
 !macroend
 
 ; Where the event viewer finds the texts of a source. One that others registered stays theirs.
@@ -116,7 +139,8 @@ Section "Headers and libraries for clients"
   !insertmacro INSTALL_DEVELOPMENT
 SectionEnd
 
-Section "Stand-ins, in a folder of their own"
+; Also in a folder of their own they are for machines without the real libraries only.
+Section /o "Stand-ins, in a folder of their own" STANDINS_SECTION
   !insertmacro INSTALL_STANDINS
 SectionEnd
 
@@ -130,27 +154,36 @@ Section /o "Board simulator beside the server" SIMULATOR_SECTION
   ${Else}
     SetOutPath "$INSTDIR"
     File "${SIMULATOR}/boardsvc32.dll"
-    WriteRegDWORD HKLM "${UNINSTALL_KEY}" Simulator 1
+    !insertmacro TIME_OF_BOARD_LIBRARY $R1
+    WriteRegStr HKLM "${UNINSTALL_KEY}" Simulator $R1
   ${EndIf}
 SectionEnd
 
-Function .onInit
-  ReadRegDWORD $R1 HKLM "${UNINSTALL_KEY}" Simulator
+!macro SELECT_BY_SWITCH SWITCH SECTION
   ${GetParameters} $R0
   ClearErrors
-  ${GetOptions} $R0 "/SIMULATOR" $R0
+  ${GetOptions} $R0 "${SWITCH}" $R0
   ${IfNot} ${Errors}
-  ${OrIf} $R1 == 1
-    !insertmacro SelectSection ${SIMULATOR_SECTION}
+    !insertmacro SelectSection ${SECTION}
   ${EndIf}
+!macroend
+
+; What an earlier installation had does not matter: no machine gets boards that are not there unless
+; somebody asks for them.
+Function .onInit
+  !insertmacro REFUSE_FOLDER_IN_QUOTES
+  !insertmacro SELECT_BY_SWITCH "/SIMULATOR" ${SIMULATOR_SECTION}
+  !insertmacro SELECT_BY_SWITCH "/STANDINS" ${STANDINS_SECTION}
 FunctionEnd
 
 ; Takes away what was brought here. The stack's registry tree is the stack's, and what others put
 ; into the folder is theirs.
 Section Uninstall
   !insertmacro REQUIRE_STOPPED "$INSTDIR"
-  ReadRegDWORD $R1 HKLM "${UNINSTALL_KEY}" Simulator
-  ${If} $R1 == 1
+  ReadRegStr $R1 HKLM "${UNINSTALL_KEY}" Simulator
+  !insertmacro TIME_OF_BOARD_LIBRARY $R2
+  ${If} $R1 != ""
+  ${AndIf} $R1 == $R2
     Delete "$INSTDIR\boardsvc32.dll"
   ${EndIf}
   !insertmacro REMOVE_FILES

@@ -7,6 +7,13 @@ std::uint32_t platform::SystemDirectory(PathBuffer& path) {
   return GetSystemDirectoryA(path, sizeof(path));
 }
 
+bool platform::FullPath(const char* path, PathBuffer& full) {
+  const DWORD length = GetFullPathNameA(path, sizeof(full), full, /*lpFilePart=*/nullptr);
+  if (length != 0 && length < sizeof(full)) return true;
+  full[0] = '\0';
+  return false;
+}
+
 // The shell's library is large and rarely needed, so it is loaded when it is, from its own place,
 // and stays: loading it again costs more than keeping it.
 bool platform::SpecialFolder(int number, PathBuffer& path) {

@@ -2,6 +2,7 @@
 #include <windows.h>
 
 #include <cstring>
+#include <string>
 
 #include "platform/SystemPath.h"
 
@@ -31,6 +32,30 @@ TEST(SystemFoldersTest, AFolderThatDoesNotExistLeavesAnEmptyPath) {
   platform::PathBuffer folder = "before";
   EXPECT_FALSE(platform::SpecialFolder(kNoSuchFolder, folder));
   EXPECT_STREQ(folder, "");
+}
+
+TEST(SystemFoldersTest, AFullPathHasNeitherDotElementsNorSlashes) {
+  platform::PathBuffer full = "before";
+  EXPECT_TRUE(platform::FullPath("C:\\windows\\system32\\..\\x.dll", full));
+  EXPECT_STREQ(full, "C:\\windows\\x.dll");
+  EXPECT_TRUE(platform::FullPath("C:\\windows\\system32\\a/./b/../../../x.dll", full));
+  EXPECT_STREQ(full, "C:\\windows\\x.dll");
+  EXPECT_TRUE(platform::FullPath("C:\\windows\\system32\\x.dll", full));
+  EXPECT_STREQ(full, "C:\\windows\\system32\\x.dll");
+}
+
+TEST(SystemFoldersTest, TheNameOfADeviceLeadsOutOfEveryFolder) {
+  platform::PathBuffer full = "before";
+  ASSERT_TRUE(platform::FullPath("C:\\windows\\system32\\nul", full));
+  EXPECT_FALSE(platform::LiesBelow(full, "C:\\windows\\system32")) << full;
+}
+
+TEST(SystemFoldersTest, AFullPathWithoutRoomIsNone) {
+  platform::PathBuffer full = "before";
+  const std::string longest = "C:\\" + std::string(256, 'x');
+  EXPECT_TRUE(platform::FullPath(longest.c_str(), full));
+  EXPECT_FALSE(platform::FullPath((longest + "x").c_str(), full));
+  EXPECT_STREQ(full, "");
 }
 
 }  // namespace

@@ -21,6 +21,13 @@ inline bool IsSystemDirectory(std::uint32_t returned) {
   return returned != 0 && returned <= kMaxPath;
 }
 
+/// The path as the platform resolves it: dot elements, slashes, names of devices.
+/// \returns false, with an empty path, when it cannot or there is no room.
+bool FullPath(const char* path, PathBuffer& full);
+
+/// Whether a full path leads to something below a folder, at whatever depth.
+bool LiesBelow(const char* full, const char* folder);
+
 /// A special folder of the shell by its number, not created. \returns false, with an empty path,
 /// when there is none.
 bool SpecialFolder(int number, PathBuffer& path);

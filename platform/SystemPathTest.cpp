@@ -59,4 +59,15 @@ TEST(SystemPathTest, TheSystemHasADirectory) {
   EXPECT_EQ(path[1], ':');
 }
 
+TEST(SystemPathTest, WhatLiesBelowAFolderIsToldByItsElements) {
+  const char* const folder = "C:\\windows\\system32";
+  EXPECT_TRUE(platform::LiesBelow("C:\\windows\\system32\\x.dll", folder));
+  EXPECT_TRUE(platform::LiesBelow("c:\\WINDOWS\\System32\\deeper\\x.dll", folder));
+  for (const char* other : {"", "C:\\windows", "C:\\windows\\system32", "C:\\windows\\system32\\",
+                            "C:\\windows\\system", "C:\\windows\\system32x\\x.dll",
+                            "C:\\windows\\x.dll", "D:\\windows\\system32\\x.dll", "\\\\.\\nul"}) {
+    EXPECT_FALSE(platform::LiesBelow(other, folder)) << other;
+  }
+}
+
 }  // namespace

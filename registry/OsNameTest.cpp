@@ -58,7 +58,13 @@ INSTANTIATE_TEST_SUITE_P(
         Row{With(Version(5, 2, kServer, kX86), 0x2010), "Microsoft Windows Server 2003\t5.2 "},
         Row{With(Version(5, 2, kWorkstation, kX64), 0x2010),
             "Microsoft Windows XP Professional x64 Edition\t5.2 "},
+        // The rows in the order in which they are asked: each wins over those behind it.
+        Row{With(Version(5, 2, kWorkstation, kX64), 0x2000, true),
+            "Microsoft Windows Server 2003 R2\t5.2 "},
+        Row{With(Version(5, 2, kWorkstation, kX64), 0x2000),
+            "Microsoft Windows Storage Server 2003\t5.2 "},
         Row{Version(5, 2, kWorkstation, kX86), "Microsoft Windows Server 2003\t5.2 "},
+        Row{Version(5, 2, kWorkstation, kIa64), "Microsoft Windows Server 2003\t5.2 "},
         Row{Version(5, 2, kServer, kX64), "Microsoft Windows Server 2003\t5.2 "},
         Row{Version(6, 0, kWorkstation, kX86), "Microsoft Windows Vista (x32)\t6.0 "},
         Row{Version(6, 0, kServer, kX64), "Microsoft Windows Server 2008 (x64)\t6.0 "},
@@ -70,10 +76,43 @@ INSTANTIATE_TEST_SUITE_P(
         Row{Version(6, 3, 2, kX64), "Microsoft Windows Server 2012 R2 (x64)\t6.3 "},
         Row{Version(10, 0, kWorkstation, kIa64), "Microsoft Windows 10\t10.0 "},
         Row{Version(10, 0, kServer, kX64), "Microsoft Windows Server 2016 (x64)\t10.0 "},
+        // Neither suites nor the second release's metric count from here on.
+        Row{With(Version(6, 1, kServer, kX64), 0x2000, true),
+            "Microsoft Windows Server 2008 R2 (x64)\t6.1 "},
+        Row{With(Version(5, 1, kServer, kX64), 0x2000, true), "Microsoft Windows XP\t5.1 "},
+        Row{Version(5, 3, kWorkstation, kX64), "Microsoft \t5.3 "},
+        Row{Version(11, 0, kWorkstation, kX64), "Microsoft \t11.0 "},
         Row{Version(6, 4, kWorkstation, kX64), "Microsoft \t6.4 "},
         Row{Version(10, 1, kWorkstation, kX64), "Microsoft \t10.1 "},
         Row{Version(5, 0, kWorkstation, kX86), "Microsoft \t5.0 "},
         Row{Version(4, 0, kWorkstation, kX86), ""}));
+
+TEST(OsNameTest, EveryReleaseFrom60OnHasBothNamesWithEverySuffix) {
+  constexpr struct {
+    std::uint32_t major, minor;
+    const char* workstation;
+    const char* other;
+  } kNames[] = {{6, 0, "Vista", "Server 2008"},
+                {6, 1, "7", "Server 2008 R2"},
+                {6, 2, "8", "Server 2012"},
+                {6, 3, "8.1", "Server 2012 R2"},
+                {10, 0, "10", "Server 2016"}};
+  constexpr struct {
+    std::uint16_t architecture;
+    const char* suffix;
+  } kSuffixes[] = {{kX64, " (x64)"}, {kX86, " (x32)"}, {kIa64, ""}, {12, ""}};
+  for (const auto& name : kNames) {
+    const std::string number =
+        '\t' + std::to_string(name.major) + '.' + std::to_string(name.minor) + ' ';
+    for (const auto& [architecture, suffix] : kSuffixes) {
+      for (const std::uint8_t type : {std::uint8_t{1}, std::uint8_t{2}, std::uint8_t{3}}) {
+        EXPECT_EQ(TextOf(Version(name.major, name.minor, type, architecture)),
+                  std::string("Microsoft Windows ") + (type == 1 ? name.workstation : name.other) +
+                      suffix + number);
+      }
+    }
+  }
+}
 
 TEST(OsNameTest, AnotherPlatformHasNoText) {
   OsVersion version = Version(6, 1, kWorkstation, kX64);

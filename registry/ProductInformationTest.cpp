@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstring>
 #include <string>
 
@@ -106,10 +107,27 @@ TEST_F(ProductInformationTest, ASlotWithoutATextIsLeftUntouchedAndATextBringsNoT
   ProductInfoRecord record;
   std::memset(&record, '#', sizeof(record));
   EXPECT_EQ(GatherProductInformation(record), 0u);
-  EXPECT_EQ(std::string(record.stack64, sizeof(record.stack64)),
-            std::string(sizeof(record.stack64), '#'));
-  EXPECT_EQ(std::string(record.stationMark, 22), "Fennix StationMark\tC##");
-  EXPECT_EQ(record.cloudBridge[0], '#');
+  const std::string untouched(ProductInfoRecord::kSlotSize, '#');
+  EXPECT_EQ(std::string(record.stack64, sizeof(record.stack64)), untouched);
+  EXPECT_EQ(std::string(record.stack32, sizeof(record.stack32)), untouched);
+  EXPECT_EQ(std::string(record.cloudBridge, sizeof(record.cloudBridge)), untouched);
+  const auto filled = [&untouched](const std::string& text) {
+    return text + untouched.substr(text.size());
+  };
+  EXPECT_EQ(std::string(record.stationMark, sizeof(record.stationMark)),
+            filled("Fennix StationMark\tC"));
+  char osName[kOsTextSize];
+  GetOsName(osName);
+  EXPECT_EQ(std::string(record.osName, sizeof(record.osName)), filled(osName));
+}
+
+TEST(ProductInfoRecordTest, ItsSlotsLieOneBehindTheOther) {
+  EXPECT_EQ(offsetof(ProductInfoRecord, stack64), 0u);
+  EXPECT_EQ(offsetof(ProductInfoRecord, stack32), 260u);
+  EXPECT_EQ(offsetof(ProductInfoRecord, stationMark), 520u);
+  EXPECT_EQ(offsetof(ProductInfoRecord, cloudBridge), 780u);
+  EXPECT_EQ(offsetof(ProductInfoRecord, osName), 1040u);
+  EXPECT_EQ(sizeof(ProductInfoRecord), 1300u);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "platform/EventLog.h"
 #include "platform/GuardedCall.h"
 #include "registry/RegistryOperation.h"
+#include "registry/StrictRegistry.h"
 #include "server/QorlixSRVPipe.h"
 #include "trace/Zqotrc.h"
 
@@ -52,7 +53,8 @@ Root RootOf(std::uint32_t rootKey) {
 SrvResult FinishCreateKey(CQorlixSRVPipe& srv, int conId, const char* function, Root root,
                           const char* key) {
   std::uint32_t result = ERROR_ACCESS_DENIED;
-  if (root == Root::LocalMachine) {
+  if (root == Root::LocalMachine &&
+      !StrictProfileRefuses(conId, {RegistryChange::CreateKey, key})) {
     if (GuardedCall(result, [&] { return RegCreateKeyBL(key); })) {
       ZQ_TRACE(TRC_PROGRESS, function, "<< RegCreateKeyBL result = 0x%x", result);
     } else {
@@ -69,7 +71,8 @@ SrvResult FinishCreateKey(CQorlixSRVPipe& srv, int conId, const char* function, 
 SrvResult FinishDelKey(CQorlixSRVPipe& srv, int conId, const char* function, Root root,
                        const char* key) {
   std::uint32_t result = ERROR_ACCESS_DENIED;
-  if (root == Root::LocalMachine) {
+  if (root == Root::LocalMachine &&
+      !StrictProfileRefuses(conId, {RegistryChange::DeleteKey, key})) {
     if (GuardedCall(result, [&] { return RegDelKeyBL(key); })) {
       ZQ_TRACE(TRC_PROGRESS, function, "<< RegDelKeyBL result = 0x%x", result);
     } else {
@@ -86,7 +89,10 @@ SrvResult FinishDelKey(CQorlixSRVPipe& srv, int conId, const char* function, Roo
 SrvResult FinishSetValue(CQorlixSRVPipe& srv, int conId, const char* function, Root root,
                          const char* key, const char* name, const char* value) {
   std::uint32_t result = ERROR_ACCESS_DENIED;
-  if (root == Root::LocalMachine) {
+  // Without a text nothing changes, and the primitive says so.
+  if (root == Root::LocalMachine &&
+      (value == nullptr ||
+       !StrictProfileRefuses(conId, {RegistryChange::ChangeValue, key, name}))) {
     if (GuardedCall(result, [&] { return RegSetValueBL(key, name, value); })) {
       ZQ_TRACE(TRC_PROGRESS, function, "<< RegSetValueBL result = 0x%x", result);
     } else {
@@ -185,12 +191,14 @@ SrvResult CQorlixSRVPipe::Reg_DelValue(int conId) {
   fields.Text(name, "<< result = 0x%x Value");
   if (fields.Failed()) return fields.Result();
 
-  std::uint32_t result = SRV_OK;
-  if (GuardedCall(result, [&] { return RegDelValueBL(key.get(), name.get()); })) {
-    ZQ_TRACE(TRC_PROGRESS, kFct, "<< RegDelValueBL result = 0x%x", result);
-  } else {
-    ZQ_TRACE(TRC_ERROR, kFct, "Exception: RegDeleteValue");
-    result = SRV_ERR_EXCEPTION_OCCURED;
+  std::uint32_t result = ERROR_ACCESS_DENIED;
+  if (!StrictProfileRefuses(conId, {RegistryChange::ChangeValue, key.get(), name.get()})) {
+    if (GuardedCall(result, [&] { return RegDelValueBL(key.get(), name.get()); })) {
+      ZQ_TRACE(TRC_PROGRESS, kFct, "<< RegDelValueBL result = 0x%x", result);
+    } else {
+      ZQ_TRACE(TRC_ERROR, kFct, "Exception: RegDeleteValue");
+      result = SRV_ERR_EXCEPTION_OCCURED;
+    }
   }
 
   const SrvResult sendResult = Send(conId, result);

@@ -38,18 +38,20 @@ void ReportRefusal(const char* path) {
 
 }  // namespace
 
-bool HasPermittedPrefix(const char* canonical) {
+const char* BehindPermittedPrefix(const char* canonical) {
   for (const char* const root : kPermittedRegRoot) {
-    if (StartsWithNoCase(canonical, root)) return true;
+    if (StartsWithNoCase(canonical, root)) return canonical + std::strlen(root);
   }
-  return false;
+  return nullptr;
+}
+
+bool ApprovedForm(const char* path, CanonicalPath& canonical) {
+  return std::strlen(path) <= kLongestPath && CanonicalisePath(path, canonical) &&
+         BehindPermittedPrefix(canonical.text) != nullptr;
 }
 
 bool IsPermittedRegKey(const char* path, CanonicalPath& canonical) {
-  if (std::strlen(path) <= kLongestPath && CanonicalisePath(path, canonical) &&
-      HasPermittedPrefix(canonical.text)) {
-    return true;
-  }
+  if (ApprovedForm(path, canonical)) return true;
   ReportRefusal(path);
   return false;
 }

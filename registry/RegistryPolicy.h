@@ -24,10 +24,13 @@ bool IsPermittedRegKey(const char* path, CanonicalPath& canonical);
 /// The same, for callers that only want to know.
 bool IsPermittedRegKey(const char* path);
 
-/// Whether a canonical path lies in the permitted tree.
+/// The same decision without a report, for who asks ahead of the change.
+bool ApprovedForm(const char* path, CanonicalPath& canonical);
+
+/// What follows the permitted prefix of a canonical path, null if it has none.
 ///
 /// Kept: a pure prefix test without regard to case, with no look at what follows the prefix, so
 /// NORVA2 and NORVAX are permitted like NORVA.
-bool HasPermittedPrefix(const char* canonical);
+const char* BehindPermittedPrefix(const char* canonical);
 
 #endif  // REGISTRY_REGISTRYPOLICY_H_

@@ -1,6 +1,7 @@
 #include "server/CommandTable.h"
 #include "server/PipeIo.h"
 #include "server/QorlixSRVPipe.h"
+#include "server/StrictProfile.h"
 #include "trace/Zqotrc.h"
 
 void CQorlixSRVPipe::Dispatch(int conId, SrvResult& lResult, SrvResult& sendResult) {
@@ -32,7 +33,10 @@ void CQorlixSRVPipe::Dispatch(int conId, SrvResult& lResult, SrvResult& sendResu
       sendResult = Send(conId, result, outputs_[0], outputs_[1]);
       break;
     case Answer::Stop:
-      if (result != SRV_OK) {
+      if (result == ERROR_ACCESS_DENIED) {
+        // Refused by the strict profile; the request itself was in order.
+        sendResult = Send(conId, result);
+      } else if (result != SRV_OK) {
         lResult = result;
         sendResult = Send(conId, ERROR_ACCESS_DENIED);
       } else {
@@ -55,6 +59,10 @@ SrvResult CQorlixSRVPipe::StopServer(int conId) {
   if (result != SRV_OK) {
     ZQ_TRACE(TRC_ERROR, kFct, "<< ReadLong(ValueLen) result = 0x%x ", result);
     return result;
+  }
+  if (strict_profile::IsOn() &&
+      strict_profile::Refuses(strict_profile::Threat::Stop, conId, /*object=*/"")) {
+    return ERROR_ACCESS_DENIED;
   }
   if (confirmation == kStopConfirmation) CloseSRV();
   return SRV_OK;

@@ -1,9 +1,11 @@
 #include <windows.h>
 
 #include "platform/GuardedCall.h"
+#include "server/Diagnostics.h"
 #include "server/QorlixSRVPipe.h"
 #include "server/SecurityPlan.h"
 #include "server/SrvSecurity.h"
+#include "server/StrictProfile.h"
 #include "timer/ElapsedTimer.h"
 #include "trace/Zqotrc.h"
 
@@ -17,7 +19,9 @@ constexpr int kEndOfServing = 1;
 /// Process entry. The command line and the other arguments are not used.
 ///
 /// Exit codes: 1 after serving, also when the pool could not be built; 183 when a server runs
-/// already; else the error of the security attributes or of the single-instance mutex.
+/// already; 1338 when the strict profile refuses to serve the pipe without a descriptor, and
+/// 1368, from anywhere, when it cannot put a client's identity off; else the error of the security
+/// attributes or of the single-instance mutex.
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
   static constexpr char kFct[] = "CreateSRV: ";
   platform::ReserveStackForGuards();
@@ -48,13 +52,23 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
   }
   ZQ_TRACE(TRC_PROGRESS, kFct, "namedMutex erfolgreich angelegt!");
 
-  // The process's one timer. No command starts it; it is there for parts that come to need it.
+  strict_profile::Read();
+  if (strict_profile::RefusesPipe(*pipe.Attributes())) {
+    zqotrc::ShutDown();
+    (void)CloseHandle(mutex);
+    return ERROR_INVALID_SECURITY_DESCR;
+  }
+
+  Diagnostics diagnostics;
+
+  // The process's one timer, which lives as long as the server. No command starts it.
   const CElapsedTimer elapsedTimer(general.Attributes());
 
   auto* const server = new CQorlixSRVPipe(pipe.Attributes());
   (void)server->StartSRV();
 
-  zqotrc::ShutDown();
+  // A watch that waits for the trace keeps its lock, and is not to keep the server from ending.
+  if (diagnostics.StopWatch()) zqotrc::ShutDown();
   server->CloseSRV();
   delete server;
   (void)CloseHandle(mutex);

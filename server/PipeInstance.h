@@ -43,7 +43,13 @@ struct PipeInstance {
   std::uint32_t cbWriteNext;
   /// 1 when no connect could be started on the handle; the loop tries again after a while.
   std::uint32_t fConnectFailed;
+  /// The process that opened the pipe, 0 when the system does not tell; kClientNotAsked until the
+  /// first request of a connection.
+  std::uint32_t clientProcess;
 };
+
+/// Process numbers are multiples of four.
+inline constexpr std::uint32_t kClientNotAsked = 0xFFFFFFFF;
 
 /// The pool, indexed by connection number (`conId`, 0 to 63).
 extern PipeInstance Pipe[kPipeInstances];

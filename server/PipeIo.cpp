@@ -44,9 +44,11 @@ HANDLE CreateInstanceEvent() {
                       /*lpName=*/nullptr);
 }
 
-HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES* security, std::uint32_t& error) {
+HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES* security, Claim claim,
+                      std::uint32_t& error) {
+  const DWORD first = claim == Claim::First ? FILE_FLAG_FIRST_PIPE_INSTANCE : 0;
   const HANDLE pipe = CreateNamedPipeA(
-      name, PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
+      name, PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | first,
       PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT | PIPE_REJECT_REMOTE_CLIENTS, kPipeInstances,
       kPipeBufferSize, kPipeBufferSize, kDefaultTimeoutMs, security);
   error = GetLastError();
@@ -118,6 +120,11 @@ void FlushAll(const HANDLE* pipes, std::uint32_t count, std::uint32_t millisecon
 void Close(HANDLE pipe) { (void)CloseHandle(pipe); }
 
 std::uint64_t Now() { return GetTickCount64(); }
+
+std::uint32_t ClientProcess(HANDLE pipe) {
+  ULONG id = 0;
+  return GetNamedPipeClientProcessId(pipe, &id) != FALSE ? id : 0;
+}
 
 void GiveWay() { Sleep(0); }
 

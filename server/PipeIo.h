@@ -18,9 +18,13 @@ struct Outcome {
 /// Manual-reset, initially signalled, unnamed. \returns 0 on failure.
 HANDLE CreateInstanceEvent();
 
+/// Whether an instance has to be the first of its name: otherwise it fails with access denied.
+enum class Claim { Any, First };
+
 /// One instance of a local byte-mode pipe with overlapped I/O.
 /// \returns 0 on failure, with the last error in `error`.
-HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES* security, std::uint32_t& error);
+HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES* security, Claim claim,
+                      std::uint32_t& error);
 
 Outcome Connect(HANDLE pipe, OVERLAPPED& overlapped);
 Outcome Disconnect(HANDLE pipe);
@@ -51,6 +55,9 @@ void Close(HANDLE pipe);
 
 /// Milliseconds of a clock that only runs forward.
 std::uint64_t Now();
+
+/// The process that opened the pipe as its client; 0 when the system does not tell.
+std::uint32_t ClientProcess(HANDLE pipe);
 
 /// Lets other threads run once.
 void GiveWay();

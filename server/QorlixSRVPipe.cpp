@@ -10,6 +10,8 @@
 #include "server/BoardControlLock.h"
 #include "server/InstanceEvents.h"
 #include "server/PipeIo.h"
+#include "server/RequestLog.h"
+#include "server/StrictProfile.h"
 #include "trace/Zqotrc.h"
 
 PipeInstance Pipe[kPipeInstances];
@@ -39,8 +41,10 @@ CQorlixSRVPipe::CQorlixSRVPipe(SECURITY_ATTRIBUTES* pipeSecurity)
     pipe.cbToWrite = 0;
     pipe.CurrentPointer = 0;
     pipe.fConnectFailed = 0;
+    pipe.clientProcess = kClientNotAsked;
     std::memcpy(pipe.PipeName, kPipeName, sizeof(kPipeName));
   }
+  request_log::Reset();
   CreateBoardControlLock();
 }
 
@@ -80,7 +84,7 @@ bool CQorlixSRVPipe::BuildPool() {
     ZQ_TRACE(TRC_PROGRESS, kFct, "CreateEvent hEvent=0x%x", HandleNumber(event));
 
     std::uint32_t error = 0;
-    pipe.hPipe = pipe_io::CreateInstance(pipe.PipeName, pipeSecurity_, error);
+    pipe.hPipe = CreatePipeInstance(pipe.PipeName, /*isFirst=*/conId == 0, error);
     if (pipe.hPipe == nullptr) {
       ZQ_TRACE(TRC_ERROR, kFct, "<< Error CreateNamedPipe index=%d ret=%d", conId,
                static_cast<int>(error));
@@ -92,6 +96,20 @@ bool CQorlixSRVPipe::BuildPool() {
     BeginConnect(conId);
   }
   return true;
+}
+
+// Under the strict profile the first instance has to be the first of its name as well: beside those
+// of somebody else clients could not tell whom they meet.
+HANDLE CQorlixSRVPipe::CreatePipeInstance(const char* name, bool isFirst, std::uint32_t& error) {
+  if (isFirst && strict_profile::IsOn()) {
+    const HANDLE pipe = pipe_io::CreateInstance(name, pipeSecurity_, pipe_io::Claim::First, error);
+    if (pipe != nullptr || error != ERROR_ACCESS_DENIED ||
+        strict_profile::Refuses(strict_profile::Threat::FirstInstance, strict_profile::kNoClient,
+                                name)) {
+      return pipe;
+    }
+  }
+  return pipe_io::CreateInstance(name, pipeSecurity_, pipe_io::Claim::Any, error);
 }
 
 std::uint32_t CQorlixSRVPipe::ConnectToNewClient(HANDLE hPipe, OVERLAPPED* overlapped) {
@@ -142,6 +160,7 @@ void CQorlixSRVPipe::DisconnectAndReconnect(int conId) {
     pipe_io::Abandon(pipe.hPipe, pipe.overlapped);
   }
   pipe.cbWriteNext = 0;
+  pipe.clientProcess = kClientNotAsked;
   if (!pipe_io::Disconnect(pipe.hPipe).success) {
     ZQ_TRACE(TRC_ERROR, kFct, "DisconnectNamedPipe failed with %d",
              static_cast<int>(pipe_io::ErrorQueryAddress()));

@@ -291,6 +291,7 @@ class CQorlixSRVPipe {
   void BeginConnect(int conId);
   void RetryFailedConnects();
   bool BuildPool();
+  HANDLE CreatePipeInstance(const char* name, bool isFirst, std::uint32_t& error);
   bool AllClosed() const;
 
   SECURITY_ATTRIBUTES* const pipeSecurity_;

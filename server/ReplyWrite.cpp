@@ -16,8 +16,11 @@ std::uint32_t StartWrite(PipeInstance& pipe, std::uint32_t size) {
     pipe.fPendingIO = 1;
     pipe.dwState = WRITING_STATE;
   } else {
-    // Kept: not reported. The state stays, so the next pass finds nothing received and reconnects;
-    // the failed write left the event unsignalled, and without this no pass would ever come.
+    // Kept: not reported. In this state the next pass finds nothing received and reconnects; behind
+    // the first of two replies it was another one already, and the client would wait for ever. The
+    // failed write left the event unsignalled, and without the signal no pass would ever come.
+    pipe.fPendingIO = 0;
+    pipe.dwState = WRITING_STATE;
     pipe_io::Signal(pipe.overlapped.hEvent);
   }
   return io.success ? 1 : 0;

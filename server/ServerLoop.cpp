@@ -1,7 +1,10 @@
 #include "codec/HexDump.h"
+#include "codec/Wire.h"
+#include "server/CommandCode.h"
 #include "server/InstanceEvents.h"
 #include "server/PipeIo.h"
 #include "server/QorlixSRVPipe.h"
+#include "server/RequestLog.h"
 #include "trace/Zqotrc.h"
 
 namespace {
@@ -24,6 +27,32 @@ constexpr std::uint32_t kPassesWithoutWait = 2 * kPipeInstances;
 bool IsDue(const PipeInstance& pipe) {
   if (pipe.fPendingIO != 0) return pipe_io::IsComplete(pipe.overlapped);
   return pipe.fConnectFailed == 0 && pipe.hPipe != nullptr;
+}
+
+// Asked once for each connection: it is a call of the system, and a request is not to cost one
+// more.
+std::uint32_t ClientOf(PipeInstance& pipe) {
+  if (pipe.clientProcess == kClientNotAsked) {
+    pipe.clientProcess = pipe_io::ClientProcess(pipe.hPipe);
+  }
+  return pipe.clientProcess;
+}
+
+void LogBegin(int conId) {
+  PipeInstance& pipe = PipeOf(conId);
+  std::uint32_t cursor = 0;
+  std::uint16_t command = 0;
+  (void)wire::Take(pipe.RequestBuffer, pipe.ReceivePointer, cursor, command);
+  request_log::Begin(command, conId, ClientOf(pipe));
+}
+
+// \param unsent what is known of the request when no reply has been built
+void LogEnd(int conId, std::uint32_t unsent) {
+  const PipeInstance& pipe = PipeOf(conId);
+  std::uint32_t cursor = sizeof(REPLY_MARK);
+  std::uint32_t result = unsent;
+  (void)wire::Take(pipe.ReplyBuffer, pipe.cbToWrite, cursor, result);
+  request_log::End(result);
 }
 
 }  // namespace
@@ -198,11 +227,13 @@ void CQorlixSRVPipe::ServeRequest(int conId) {
   } else {
     SrvResult lResult = SRV_OK;
     SrvResult sendResult = SRV_OK;
+    LogBegin(conId);
     Dispatch(conId, lResult, sendResult);
     if (lResult != SRV_OK) {
       ZQ_TRACE(TRC_ERROR, kFct, "Error occured : lResult=0x%x", lResult);
       sendResult = Send(conId, lResult);
     }
+    LogEnd(conId, lResult != SRV_OK ? lResult : sendResult);
     if (sendResult != SRV_OK) {
       ZQ_TRACE(TRC_ERROR, kFct, "PipeSend: sendResult != ERROR_SUCCESS => Reconnect Pipe");
       DisconnectAndReconnect(conId);

@@ -96,6 +96,16 @@ TEST_F(ServerLoopTest, AShortWriteReconnectsOnTheNextPass) {
   EXPECT_EQ(Count("disconnect 5"), 1);
 }
 
+TEST_F(ServerLoopTest, ASecondReplyThatCannotBeWrittenReconnectsOnTheNextPass) {
+  Script(Op::Write, 5, {true, 0, 6});
+  Script(Op::Write, 5, {false, ERROR_NO_DATA, 0});
+  ClientSends(5, "10");  // half a code is answered twice
+  ClientSends(5, "1000");
+  Run();
+  EXPECT_EQ(Count("disconnect 5"), 1);
+  EXPECT_EQ(Written(5), Wire("0400 AC210000") + kDone);
+}
+
 TEST_F(ServerLoopTest, APendingWriteThatCompletesInFullGoesOnReading) {
   Script(Op::Write, 5, kPending);
   ClientSends(5, "1000");

@@ -18,7 +18,8 @@ class CElapsedTimer {
   explicit CElapsedTimer(SECURITY_ATTRIBUTES* security) : security_(security) {}
   /// Ends the worker and waits for it: a second, at most.
   ///
-  /// Kept: the mutex is left open, so it goes with the process.
+  /// The worker closes the mutex. Kept: one that an earlier worker has left behind stays open, and
+  /// goes with the process.
   virtual ~CElapsedTimer();
   CElapsedTimer(const CElapsedTimer&) = delete;
   CElapsedTimer& operator=(const CElapsedTimer&) = delete;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/fakes/FakeNamedObject.h"
@@ -16,6 +17,7 @@
 namespace {
 
 using fake_wall_clock::EndOneSleep;
+using fake_wall_clock::SomebodySleeps;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
@@ -60,11 +62,46 @@ TEST_F(ElapsedTimerTest, AStartAdvertisesAndTheLimitEndsIt) {
   Timer timer;
   EXPECT_EQ(timer.start(3), 0);
   EXPECT_TRUE(IsAdvertised());
-  EndOneSleep();
+  ASSERT_TRUE(SomebodySleeps());
   fake_wall_clock::Move(3);
-  EndOneSleep();  // elapsed was computed before this sleep began, or is from now on
+  EndOneSleep();
+  ASSERT_TRUE(SomebodySleeps()) << "what counts is the time before the sleep";
+  EXPECT_TRUE(IsAdvertised());
+  EndOneSleep();
+  EXPECT_TRUE(BecomesSilent());
+}
+
+TEST_F(ElapsedTimerTest, ALimitOfNothingIsLookedAtAfterASleepAsAnyOther) {
+  Timer timer;
+  EXPECT_EQ(timer.start(0), 0);
+  ASSERT_TRUE(SomebodySleeps());
+  EXPECT_TRUE(IsAdvertised());
+  EndOneSleep();
+  EXPECT_TRUE(BecomesSilent());
+}
+
+TEST_F(ElapsedTimerTest, TheLimitOfALaterStartDoesNotCount) {
+  Timer timer;
+  EXPECT_EQ(timer.start(3), 0);
+  EXPECT_EQ(timer.start(1000), 0);
+  EXPECT_EQ(timer.stop(), 0);
+  fake_wall_clock::Move(3);
   fake_wall_clock::EndAllSleeps();
   EXPECT_TRUE(BecomesSilent());
+}
+
+TEST_F(ElapsedTimerTest, BehindTheEndItStartsAnew) {
+  Timer timer;
+  EXPECT_EQ(timer.start(0), 0);
+  ASSERT_TRUE(SomebodySleeps());
+  EndOneSleep();
+  EXPECT_TRUE(BecomesSilent());
+  // The worker closes the mutex just before it has ended itself.
+  for (int i = 0; i < 500 && timer.stop() == 0; ++i) platform::SleepMilliseconds(2);
+  EXPECT_EQ(timer.stop(), -1);
+  EXPECT_EQ(timer.start(1000), 0);
+  EXPECT_TRUE(IsAdvertised());
+  EXPECT_TRUE(SomebodySleeps());
 }
 
 TEST_F(ElapsedTimerTest, AStopForEveryStartEndsItBeforeTheLimit) {
@@ -85,19 +122,21 @@ TEST_F(ElapsedTimerTest, ALaterStartMovesTheStartTime) {
   fake_wall_clock::Move(4);
   EXPECT_EQ(timer.start(5), 0);
   fake_wall_clock::Move(4);  // eight after the first start, four after the second
-  EndOneSleep();
-  EndOneSleep();
+  for (int i = 0; i < 2; ++i) {
+    ASSERT_TRUE(SomebodySleeps());
+    EndOneSleep();
+  }
+  EXPECT_TRUE(SomebodySleeps()) << "the worker goes on";
   EXPECT_TRUE(IsAdvertised());
 }
 
-TEST_F(ElapsedTimerTest, TwoStartsAndOneStopLeaveTheMutexBehindAtTheLimit) {
+TEST_F(ElapsedTimerTest, TwoStartsThatNoStopMatchedKeepTheMutexBehindTheLimit) {
   {
     Timer timer;
     FakeTrace::Collect(TRC_PROGRESS);
     EXPECT_EQ(timer.start(2), 0);
     EXPECT_EQ(timer.start(2), 0);
-    EXPECT_EQ(timer.start(2), 0);
-    EXPECT_EQ(timer.stop(), 0);
+    ASSERT_TRUE(SomebodySleeps());
     fake_wall_clock::Move(2);
     fake_wall_clock::EndAllSleeps();
     platform::SleepMilliseconds(200);  // the worker ends without a sign
@@ -105,17 +144,35 @@ TEST_F(ElapsedTimerTest, TwoStartsAndOneStopLeaveTheMutexBehindAtTheLimit) {
     EXPECT_EQ(timer.stop(), -1);
     // The mutex is held, so another start counts and starts no worker.
     EXPECT_EQ(timer.start(2), 0);
+    EXPECT_EQ(FakeTrace::Texts().back(), "start: >> cnt=2");
     EXPECT_EQ(timer.stop(), -1);
   }
   EXPECT_TRUE(IsAdvertised()) << "the destructor forgets the mutex, it does not close it";
+}
+
+TEST_F(ElapsedTimerTest, TwoStartsAndOneStopEndAtTheLimit) {
+  Timer timer;
+  EXPECT_EQ(timer.start(2), 0);
+  EXPECT_EQ(timer.start(2), 0);
+  EXPECT_EQ(timer.stop(), 0);
+  ASSERT_TRUE(SomebodySleeps());
+  EndOneSleep();
+  ASSERT_TRUE(SomebodySleeps());
+  EXPECT_TRUE(IsAdvertised());
+  fake_wall_clock::Move(2);
+  fake_wall_clock::EndAllSleeps();
+  EXPECT_TRUE(BecomesSilent());
 }
 
 TEST_F(ElapsedTimerTest, AClockThatWasSetBackJustGoesOn) {
   Timer timer;
   EXPECT_EQ(timer.start(1), 0);
   fake_wall_clock::Move(-100);
-  EndOneSleep();
-  EndOneSleep();
+  for (int i = 0; i < 2; ++i) {
+    ASSERT_TRUE(SomebodySleeps());
+    EndOneSleep();
+  }
+  EXPECT_TRUE(SomebodySleeps()) << "the worker goes on";
   EXPECT_TRUE(IsAdvertised());
 }
 
@@ -169,11 +226,17 @@ TEST_F(ElapsedTimerTest, AnExpiredRunDoesNotSayThatItWasStopped) {
   EXPECT_THAT(FakeTrace::Texts(), Not(Contains("runTimer: stop thread!")));
 }
 
-TEST_F(ElapsedTimerTest, DestructionWhileRunningEndsTheWorker) {
-  fake_wall_clock::EndAllSleeps();
-  CElapsedTimer* const timer = new Timer;
+TEST_F(ElapsedTimerTest, DestructionWhileRunningLetsTheWorkerTakeTheMutexAway) {
+  auto* const timer = new CElapsedTimer(nullptr);
   EXPECT_EQ(timer->start(1000), 0);
-  delete timer;  // the sanitizers see a worker that outlives it
+  ASSERT_TRUE(SomebodySleeps());
+  std::thread waker([] {
+    platform::SleepMilliseconds(100);
+    fake_wall_clock::EndAllSleeps();
+  });
+  delete timer;
+  EXPECT_FALSE(IsAdvertised());
+  waker.join();
 }
 
 }  // namespace

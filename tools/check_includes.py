@@ -13,7 +13,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 
 # What each folder may include besides itself. A name with a slash is a single header.
 CONTRACT = ["server/QorlixSRVPipe.h", "server/PipeInstance.h", "server/SrvResult.h",
-            "server/CommandCode.h", "server/BCLock.h"]
+            "server/CommandCode.h", "server/BCLock.h", "server/StrictProfile.h"]
 PRIMITIVES = ["registry/RegistryOperation.h", "registry/RegistryPolicy.h",
               "registry/ProductInformation.h", "registry/OsName.h"]
 LOW = ["platform", "trace"]
@@ -33,7 +33,7 @@ ALLOWED = {
     "server": COMMANDS + ["timer", "board/boardsvc32.h", "actions/RestartResults.h", "maintenance"],
     "client": ["codec/Wire.h", "server/CommandCode.h", "server/SrvResult.h"],
     "traceview": ["platform", "client/CommandInfo.h"] + TRACE_FORMATS,
-    "doctor": ["platform", "client", "traceview"],
+    "doctor": ["platform", "client", "traceview", "trace/TraceText.h"],
     "cli": ["client", "traceview", "doctor", "trace/TraceConfig.h", "trace/TraceHost.h"],
     "standins": ["board/boardsvc32.h"],
 }

@@ -9,6 +9,10 @@
 #
 # With QORLIX_LANE=NAME the program runs in a prefix of that name: one machine has one server and one
 # registry, so programs that need them take turns within a lane, and the lanes run side by side.
+#
+# With QORLIX_COUNTED=1 the program can count: Wine's server writes what it is asked for to a file
+# while it runs, whose name the program finds in QORLIX_SERVER_LOG. Another server of the prefix ends
+# before, and this one behind it.
 set -u
 if [ -n "${QORLIX_LANE:-}" ]; then
   root=$(cd "$(dirname "$0")/.." && pwd)
@@ -26,6 +30,14 @@ fi
 . "$(dirname "$0")/wine-env.sh"
 # A crash ends a program, rather than asking somebody about it who is not there.
 [ "${QORLIX_DISPLAY:-}" != open ] || WINEDLLOVERRIDES="$WINEDLLOVERRIDES;winedbg.exe=d"
+if [ "${QORLIX_COUNTED:-}" = 1 ]; then
+  wine_prepare
+  wine_stop
+  wineserver -w
+  QORLIX_SERVER_LOG=$(mktemp "${TMPDIR:-/tmp}/qorlix-server.XXXXXX")
+  export QORLIX_SERVER_LOG
+  wineserver -d -p 2>>"$QORLIX_SERVER_LOG" >/dev/null </dev/null
+fi
 if [ "${QORLIX_DISPLAY:-}" = open ]; then wine_prepare; else wine_start; fi
 if [ "${QORLIX_DISPLAY:-}" = open ] && [ ! -e "$WINEPREFIX/.qorlix-unmanaged" ]; then
   # Nothing manages the windows of this screen; Wine would wait two seconds for it at every close.
@@ -37,7 +49,12 @@ QORLIX_STDERR_FILE=$(mktemp "${TMPDIR:-/tmp}/qorlix-stderr.XXXXXX")
 export QORLIX_STDERR_FILE
 wine "$@" 2>>"$QORLIX_STDERR_FILE"
 code=$?
-cat "$QORLIX_STDERR_FILE" >&2
+grep -av ':trace:heap:' "$QORLIX_STDERR_FILE" >&2
 rm -f "$QORLIX_STDERR_FILE"
+if [ "${QORLIX_COUNTED:-}" = 1 ]; then
+  wine_stop
+  wineserver -w
+  rm -f "$QORLIX_SERVER_LOG"
+fi
 [ "${QORLIX_DISPLAY:-}" != open ] || wine_stop
 exit $code

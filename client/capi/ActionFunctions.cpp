@@ -5,6 +5,7 @@ namespace {
 
 using client::ActionCalls;
 using client::QorlixClient;
+using client::capi::BadArgument;
 using client::capi::Run;
 
 // The commands whose second reply says that the library was there.
@@ -76,7 +77,7 @@ qorlix_status QORLIX_CALL qorlix_add_ip_address(qorlix_client* client, std::uint
                                                 std::uint32_t mask, std::uint32_t interface_index,
                                                 std::uint32_t* nte_context,
                                                 std::uint32_t* nte_instance) noexcept {
-  if (nte_context == nullptr || nte_instance == nullptr) return QORLIX_ERR_ARGUMENT;
+  if (nte_context == nullptr || nte_instance == nullptr) return BadArgument(client);
   *nte_context = *nte_instance = 0;
   client::AddedAddress added;
   return Run(

@@ -7,6 +7,7 @@ namespace {
 
 using client::BoardCalls;
 using client::QorlixClient;
+using client::capi::BadArgument;
 using client::capi::Run;
 
 qorlix_text_value Keep(qorlix_client& handle, const client::BoardText& text) {
@@ -29,7 +30,7 @@ constexpr qorlix_text_value kNothing = {"", 0, 0};
 // The commands that have one text.
 template <typename Call>
 qorlix_status RunForText(qorlix_client* client, qorlix_text_value* text, Call call) {
-  if (text == nullptr) return QORLIX_ERR_ARGUMENT;
+  if (text == nullptr) return BadArgument(client);
   *text = kNothing;
   client::BoardValue value;
   return Run(
@@ -45,7 +46,7 @@ extern "C" {
 
 qorlix_status QORLIX_CALL qorlix_bc_enum_board(qorlix_client* client, const char* device_id,
                                                std::uint32_t index, qorlix_board* entry) noexcept {
-  if (entry == nullptr) return QORLIX_ERR_ARGUMENT;
+  if (entry == nullptr) return BadArgument(client);
   *entry = {kNothing, kNothing, kNothing, 0};
   client::BoardEntry found;
   return Run(
@@ -59,7 +60,7 @@ qorlix_status QORLIX_CALL qorlix_bc_enum_board(qorlix_client* client, const char
 
 qorlix_status QORLIX_CALL qorlix_bc_enum_inst_board(qorlix_client* client, std::uint32_t index,
                                                     qorlix_inst_board* entry) noexcept {
-  if (entry == nullptr) return QORLIX_ERR_ARGUMENT;
+  if (entry == nullptr) return BadArgument(client);
   *entry = {kNothing, kNothing, kNothing, kNothing, kNothing, kNothing, 0, 0};
   client::InstBoardEntry found;
   return Run(
@@ -78,7 +79,7 @@ qorlix_status QORLIX_CALL qorlix_bc_enum_inst_board(qorlix_client* client, std::
 
 qorlix_status QORLIX_CALL qorlix_bc_enum_available_board(qorlix_client* client, std::uint32_t index,
                                                          qorlix_available_board* entry) noexcept {
-  if (entry == nullptr) return QORLIX_ERR_ARGUMENT;
+  if (entry == nullptr) return BadArgument(client);
   *entry = {kNothing, kNothing, 0, 0};
   client::AvailableBoardEntry found;
   return Run(
@@ -91,7 +92,7 @@ qorlix_status QORLIX_CALL qorlix_bc_enum_available_board(qorlix_client* client, 
 
 qorlix_status QORLIX_CALL qorlix_bc_enum_adapters(qorlix_client* client, std::uint32_t index,
                                                   qorlix_adapter* entry) noexcept {
-  if (entry == nullptr) return QORLIX_ERR_ARGUMENT;
+  if (entry == nullptr) return BadArgument(client);
   *entry = {kNothing, kNothing, 0, 0};
   client::AdapterEntry found;
   return Run(
@@ -105,7 +106,7 @@ qorlix_status QORLIX_CALL qorlix_bc_enum_adapters(qorlix_client* client, std::ui
 qorlix_status QORLIX_CALL qorlix_bc_enum_configuration(qorlix_client* client, std::uint32_t index,
                                                        const qorlix_board_selection* of,
                                                        qorlix_configuration* entry) noexcept {
-  if (entry == nullptr) return QORLIX_ERR_ARGUMENT;
+  if (entry == nullptr) return BadArgument(client);
   *entry = {kNothing, kNothing, kNothing, kNothing, 0};
   client::ConfigurationEntry found;
   return Run(
@@ -170,7 +171,7 @@ qorlix_status QORLIX_CALL qorlix_bc_plausibilitaet(qorlix_client* client) noexce
 
 qorlix_status QORLIX_CALL qorlix_register_for_device_change_notifications(
     qorlix_client* client, const char* device_id, const qorlix_guid* guid) noexcept {
-  if (guid == nullptr) return QORLIX_ERR_ARGUMENT;
+  if (guid == nullptr) return BadArgument(client);
   return Run(client, [=](QorlixClient& to) {
     return BoardCalls(to).RegisterForDeviceChangeNotifications(device_id, GuidOf(*guid));
   });
@@ -178,7 +179,7 @@ qorlix_status QORLIX_CALL qorlix_register_for_device_change_notifications(
 
 qorlix_status QORLIX_CALL qorlix_unregister_for_device_change_notifications(
     qorlix_client* client, const char* device_id, const qorlix_guid* guid) noexcept {
-  if (guid == nullptr) return QORLIX_ERR_ARGUMENT;
+  if (guid == nullptr) return BadArgument(client);
   return Run(client, [=](QorlixClient& to) {
     return BoardCalls(to).UnregisterForDeviceChangeNotifications(device_id, GuidOf(*guid));
   });
@@ -186,7 +187,7 @@ qorlix_status QORLIX_CALL qorlix_unregister_for_device_change_notifications(
 
 qorlix_status QORLIX_CALL qorlix_get_device_change(qorlix_client* client, const char* device_id,
                                                    qorlix_device_change* change) noexcept {
-  if (change == nullptr) return QORLIX_ERR_ARGUMENT;
+  if (change == nullptr) return BadArgument(client);
   *change = {kNothing, {}, 0};
   client::DeviceChange found;
   return Run(
@@ -204,7 +205,7 @@ qorlix_status QORLIX_CALL qorlix_get_device_change(qorlix_client* client, const 
 qorlix_status QORLIX_CALL qorlix_get_device_state(qorlix_client* client, const char* hardware_id,
                                                   std::uint32_t option, std::uint32_t* status,
                                                   std::uint32_t* problem) noexcept {
-  if (status == nullptr || problem == nullptr) return QORLIX_ERR_ARGUMENT;
+  if (status == nullptr || problem == nullptr) return BadArgument(client);
   *status = *problem = 0;
   client::DeviceState state;
   return Run(

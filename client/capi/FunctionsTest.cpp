@@ -169,6 +169,28 @@ TEST_F(FunctionsTest, WhoServesThePipeIsTold) {
   EXPECT_EQ(qorlix_set_verification(client_, -1), QORLIX_ERR_ARGUMENT);
 }
 
+// A program may print code and text behind every call, so they are not those of the call before.
+TEST_F(FunctionsTest, AnArgumentThatIsMissingIsToldByCodeAndTextToo) {
+  std::uint32_t number = 0;
+  server_.Answers({"0400 00000000"});
+  const auto expectTold = [&](qorlix_status status) {
+    EXPECT_EQ(status, QORLIX_ERR_ARGUMENT);
+    EXPECT_EQ(qorlix_code(client_), 87u);
+    EXPECT_STREQ(qorlix_code_name(client_), "ERROR_INVALID_PARAMETER");
+    EXPECT_STREQ(qorlix_text(client_), "an argument of the function is null, or has no meaning");
+  };
+  expectTold(qorlix_call_request(client_, nullptr));
+  EXPECT_EQ(qorlix_no_operation(client_), QORLIX_OK);
+  EXPECT_EQ(qorlix_code(client_), 0u);
+  expectTold(qorlix_begin_request(client_, nullptr, 0));
+  expectTold(qorlix_call(client_, QORLIX_NO_OPERATION, nullptr, 5, nullptr, 0, nullptr));
+  expectTold(qorlix_begin(client_, QORLIX_NO_OPERATION, nullptr, 5, 0));
+  expectTold(qorlix_set_verification(client_, 3));
+  expectTold(qorlix_reg_get_value(client_, "K", "N", nullptr));
+  expectTold(qorlix_bc_get_board_info(client_, 0, nullptr, nullptr));
+  expectTold(qorlix_add_ip_address(client_, 0, 0, 0, nullptr, &number));
+}
+
 TEST(HandleTest, ANameOfAPipeThatIsTooLongIsNoName) {
   EXPECT_EQ(qorlix_open(std::string(260, 'p').c_str()), nullptr);
   qorlix_client* const client = qorlix_open(std::string(259, 'p').c_str());

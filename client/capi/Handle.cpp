@@ -58,6 +58,11 @@ qorlix_status qorlix_client::Note(const Result& ended) noexcept {
   return client::capi::StatusOf(ended);
 }
 
+qorlix_status qorlix_client::NoteBadArgument() noexcept {
+  result = {client::Origin::Request, client::kBadArgument};
+  return QORLIX_ERR_ARGUMENT;
+}
+
 qorlix_status qorlix_client::NoteReply(const Result& ended, void* room, std::uint32_t capacity,
                                        std::uint32_t* size) noexcept {
   const qorlix_status status = Note(ended);
@@ -113,7 +118,7 @@ const char* QORLIX_CALL qorlix_text(const qorlix_client* client) noexcept {
 qorlix_status QORLIX_CALL qorlix_set_verification(qorlix_client* client,
                                                   std::int32_t verification) noexcept {
   if (client == nullptr || verification < QORLIX_VERIFY_OFF || verification > QORLIX_VERIFY_REFUSE)
-    return QORLIX_ERR_ARGUMENT;
+    return client::capi::BadArgument(client);
   client->connection.SetVerification(static_cast<client::Verification>(verification));
   return QORLIX_OK;
 }

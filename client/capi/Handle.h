@@ -37,6 +37,8 @@ struct qorlix_client {
   /// The same, and copies the reply to the caller's room, if there is any.
   qorlix_status NoteReply(const client::Result& ended, void* room, std::uint32_t capacity,
                           std::uint32_t* size) noexcept;
+  /// Remembers that the call could not even begin. \returns QORLIX_ERR_ARGUMENT.
+  qorlix_status NoteBadArgument() noexcept;
   /// Forgets what the last call has handed out.
   void Forget() noexcept;
 
@@ -54,6 +56,11 @@ struct qorlix_request {
 };
 
 namespace client::capi {
+
+/// What a call with a missing or meaningless argument comes to; the client itself may be missing.
+inline qorlix_status BadArgument(qorlix_client* client) noexcept {
+  return client != nullptr ? client->NoteBadArgument() : QORLIX_ERR_ARGUMENT;
+}
 
 /// Makes one call with a client. \param call takes the connection and returns a Result; `then`
 /// takes the handle and puts out what the call has told, and is made also when the call has failed.

@@ -13,6 +13,7 @@ namespace {
 
 using client::Bytes;
 using client::Result;
+using client::capi::BadArgument;
 
 static_assert(QORLIX_MESSAGE_LIMIT == client::kMessageLimit);
 
@@ -73,7 +74,7 @@ qorlix_status QORLIX_CALL qorlix_call(qorlix_client* client, std::uint16_t comma
                                       const void* fields, std::uint32_t size, void* reply,
                                       std::uint32_t capacity, std::uint32_t* reply_size) noexcept {
   if (reply_size != nullptr) *reply_size = 0;
-  if (client == nullptr || !IsUsable(fields, size)) return QORLIX_ERR_ARGUMENT;
+  if (client == nullptr || !IsUsable(fields, size)) return BadArgument(client);
   const RawRequest request(command, fields, size);
   if (!request.fits) return Refuse(*client);
   return Exchange(*client, request.Get(), reply, capacity, reply_size);
@@ -155,7 +156,7 @@ const std::uint8_t* QORLIX_CALL qorlix_request_bytes(const qorlix_request* reque
 
 qorlix_status QORLIX_CALL qorlix_call_request(qorlix_client* client,
                                               const qorlix_request* request) noexcept {
-  if (client == nullptr || request == nullptr) return QORLIX_ERR_ARGUMENT;
+  if (client == nullptr || request == nullptr) return BadArgument(client);
   if (!request->builder.Complete()) return Refuse(*client);
   return Exchange(*client, request->builder.Request(), /*reply=*/nullptr, /*capacity=*/0,
                   /*size=*/nullptr);
@@ -200,14 +201,14 @@ static_assert(sizeof(qorlix_guid) == 16, "it lies in memory as on the wire");
 qorlix_status QORLIX_CALL qorlix_begin(qorlix_client* client, std::uint16_t command,
                                        const void* fields, std::uint32_t size,
                                        std::uint32_t deadline_ms) noexcept {
-  if (client == nullptr || !IsUsable(fields, size)) return QORLIX_ERR_ARGUMENT;
+  if (client == nullptr || !IsUsable(fields, size)) return BadArgument(client);
   const RawRequest request(command, fields, size);
   return request.fits ? Begin(*client, request.Get(), deadline_ms) : Refuse(*client);
 }
 
 qorlix_status QORLIX_CALL qorlix_begin_request(qorlix_client* client, const qorlix_request* request,
                                                std::uint32_t deadline_ms) noexcept {
-  if (client == nullptr || request == nullptr) return QORLIX_ERR_ARGUMENT;
+  if (client == nullptr || request == nullptr) return BadArgument(client);
   if (!request->builder.Complete()) return Refuse(*client);
   return Begin(*client, request->builder.Request(), deadline_ms);
 }
@@ -218,7 +219,10 @@ qorlix_status QORLIX_CALL qorlix_wait(qorlix_client* client, std::uint32_t timeo
   if (client == nullptr) return QORLIX_ERR_ARGUMENT;
   client->Forget();
   Result ended;
-  if (!client->connection.Wait(timeout_ms, ended, client->reply)) return QORLIX_PENDING;
+  if (!client->connection.Wait(timeout_ms, ended, client->reply)) {
+    client->result = {client::Origin::Receive, client::kStillUnderway};
+    return QORLIX_PENDING;
+  }
   return client->NoteReply(ended, reply, capacity, reply_size);
 }
 

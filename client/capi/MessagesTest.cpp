@@ -163,10 +163,21 @@ TEST_F(MessagesTest, ACallThatWasBegunIsFetchedLater) {
   EXPECT_EQ(qorlix_code(client_), 1168u);
 }
 
+// Natively a busy pipe takes no time in any case.
+TEST_F(MessagesTest, TheDeadlineOfACallHoldsForTheConnectionToo) {
+  server_.IsBusy();
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(qorlix_begin(client_, QORLIX_NO_OPERATION, nullptr, 0, 100), QORLIX_ERR_CONNECT);
+  EXPECT_EQ(qorlix_code(client_), 231u);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(2500));
+}
+
 TEST_F(MessagesTest, ACallIsCancelledOrRunsOutOfTime) {
   server_.StaysSilent();
   ASSERT_EQ(qorlix_begin(client_, QORLIX_NO_OPERATION, nullptr, 0, 60000), QORLIX_OK);
   EXPECT_EQ(qorlix_wait(client_, 0, nullptr, 0, nullptr), QORLIX_PENDING);
+  EXPECT_EQ(qorlix_code(client_), 996u);
+  EXPECT_STREQ(qorlix_text(client_), "the call is under way: its reply has not come yet");
   while (server_.Requests().empty()) std::this_thread::yield();
   qorlix_cancel(client_);
   EXPECT_EQ(qorlix_wait(client_, 60000, nullptr, 0, nullptr), QORLIX_ERR_RECEIVE);

@@ -3,6 +3,7 @@
 namespace {
 
 using client::QorlixClient;
+using client::capi::BadArgument;
 using client::capi::Run;
 
 constexpr qorlix_text_value kNothing = {"", 0, 0};
@@ -35,7 +36,7 @@ qorlix_status QORLIX_CALL qorlix_reg_set_value(qorlix_client* client, const char
 
 qorlix_status QORLIX_CALL qorlix_reg_get_value(qorlix_client* client, const char* key,
                                                const char* name, qorlix_text_value* data) noexcept {
-  if (data == nullptr) return QORLIX_ERR_ARGUMENT;
+  if (data == nullptr) return BadArgument(client);
   *data = kNothing;
   client::RegistryData found;
   return Run(
@@ -51,7 +52,7 @@ qorlix_status QORLIX_CALL qorlix_reg_del_value(qorlix_client* client, const char
 qorlix_status QORLIX_CALL qorlix_reg_enum_key(qorlix_client* client, const char* key,
                                               std::uint32_t index,
                                               qorlix_text_value* name) noexcept {
-  if (name == nullptr) return QORLIX_ERR_ARGUMENT;
+  if (name == nullptr) return BadArgument(client);
   *name = kNothing;
   client::RegistryEntry entry;
   return Run(
@@ -62,7 +63,7 @@ qorlix_status QORLIX_CALL qorlix_reg_enum_key(qorlix_client* client, const char*
 qorlix_status QORLIX_CALL qorlix_reg_enum_value(qorlix_client* client, const char* key,
                                                 std::uint32_t index, qorlix_text_value* name,
                                                 qorlix_text_value* data) noexcept {
-  if (name == nullptr || data == nullptr) return QORLIX_ERR_ARGUMENT;
+  if (name == nullptr || data == nullptr) return BadArgument(client);
   *name = *data = kNothing;
   client::RegistryEntry entry;
   return Run(

@@ -45,8 +45,9 @@ typedef int32_t qorlix_status;
 enum {
   QORLIX_OK = 0,            /* the server answered 0: done */
   QORLIX_ANSWERED = 1,      /* it answered something else: qorlix_code tells what */
-  QORLIX_PENDING = 2,       /* of qorlix_wait: no whole reply yet */
-  QORLIX_ERR_ARGUMENT = -1, /* a handle or an output argument is null, or a number has no meaning */
+  QORLIX_PENDING = 2,       /* of qorlix_wait: no whole reply yet (996) */
+  QORLIX_ERR_ARGUMENT = -1, /* a handle or an output argument is null, or a number has no meaning
+                               (87, where there is a client to tell it) */
   QORLIX_ERR_REQUEST = -2,  /* nothing was sent: the request does not fit 8192 bytes (8602); a call
                                is under way already (170), or none is to be waited for (1168) */
   QORLIX_ERR_CONNECT = -3,  /* no connection: 2 no server runs, 231 all connections are in use, 5 */
@@ -77,7 +78,8 @@ qorlix_status QORLIX_CALL qorlix_connect(qorlix_client* client) QORLIX_NOEXCEPT;
 /* Gives the connection, which is one of 64, free; also gives up a call that was begun. */
 qorlix_status QORLIX_CALL qorlix_disconnect(qorlix_client* client) QORLIX_NOEXCEPT;
 
-/* The result of the last call: the server's code or, below QORLIX_OK, the platform's. */
+/* The result of the last call: the server's code or, below QORLIX_OK, the platform's. 0 of a null
+ * client. */
 uint32_t QORLIX_CALL qorlix_code(const qorlix_client* client) QORLIX_NOEXCEPT;
 /* The name of that code, or "" when it has none; and what happened, in one clause. In English and
  * ASCII; they hold for good. */
@@ -109,7 +111,8 @@ typedef struct qorlix_server {
 
 qorlix_status QORLIX_CALL qorlix_set_verification(qorlix_client* client,
                                                   int32_t verification) QORLIX_NOEXCEPT;
-/* Of the present connection, or of the last one. Does not change qorlix_code. */
+/* Of the present connection, or of the last one. Does not change qorlix_code, whatever comes of
+ * it. */
 qorlix_status QORLIX_CALL qorlix_get_server(const qorlix_client* client,
                                             qorlix_server* server) QORLIX_NOEXCEPT;
 
@@ -182,7 +185,8 @@ typedef struct qorlix_command {
   const char* success;  /* of a reply with the result of success */
   const char* too_long; /* with 8602, because the answer does not fit */
   const char* failure;  /* with other results; 8604 and 8620 stand alone */
-  uint32_t done;        /* the result of success: 0, but for one command */
+  uint32_t done;        /* the result of success: 0, but 999 of TestFunction, whose calls so come
+                           to QORLIX_ANSWERED */
   const char* note;
 } qorlix_command;
 
@@ -201,6 +205,7 @@ typedef struct qorlix_request qorlix_request;
 
 /* Returns null when there is no memory. */
 qorlix_request* QORLIX_CALL qorlix_request_create(uint16_t command) QORLIX_NOEXCEPT;
+/* Null is allowed. */
 void QORLIX_CALL qorlix_request_free(qorlix_request* request) QORLIX_NOEXCEPT;
 
 void QORLIX_CALL qorlix_add_byte(qorlix_request* request, uint8_t value) QORLIX_NOEXCEPT;
@@ -246,25 +251,26 @@ uint32_t QORLIX_CALL qorlix_reply_result(const void* bytes, uint32_t size) QORLI
 
 uint8_t QORLIX_CALL qorlix_take_byte(qorlix_reader* reader) QORLIX_NOEXCEPT;
 uint32_t QORLIX_CALL qorlix_take_long(qorlix_reader* reader) QORLIX_NOEXCEPT;
-/* A text or a buffer: where its bytes are, WITHOUT a zero behind them. Never null. */
+/* A text or a buffer: where its bytes are, WITHOUT a zero behind them. Never null; size may be. */
 const char* QORLIX_CALL qorlix_take_text(qorlix_reader* reader, uint32_t* size) QORLIX_NOEXCEPT;
 void QORLIX_CALL qorlix_take_guid(qorlix_reader* reader, qorlix_guid* guid) QORLIX_NOEXCEPT;
 
 /* --- Calls that go on while you do something else --- */
 
 /* Sends; returns QORLIX_OK once that is done. The call has failed when deadline_ms, from now on,
- * are over. Until it has ended every other call is QORLIX_ERR_REQUEST with 170. */
+ * are over, also when all connections stay in use until then (231). Until it has ended every other
+ * call is QORLIX_ERR_REQUEST with 170. fields may be null with size 0. */
 qorlix_status QORLIX_CALL qorlix_begin(qorlix_client* client, uint16_t command, const void* fields,
                                        uint32_t size, uint32_t deadline_ms) QORLIX_NOEXCEPT;
 qorlix_status QORLIX_CALL qorlix_begin_request(qorlix_client* client, const qorlix_request* request,
                                                uint32_t deadline_ms) QORLIX_NOEXCEPT;
 /* Waits for the reply, with 0 it only looks. QORLIX_PENDING, or what the call came to, as
- * qorlix_call tells it. */
+ * qorlix_call tells it. reply may be null with capacity 0, reply_size always. */
 qorlix_status QORLIX_CALL qorlix_wait(qorlix_client* client, uint32_t timeout_ms, void* reply,
                                       uint32_t capacity, uint32_t* reply_size) QORLIX_NOEXCEPT;
 /* Ends the call that another thread makes, or that was begun: it comes to QORLIX_ERR_RECEIVE (or
- * QORLIX_ERR_CONNECT) with 1223. Without one nothing happens. What the server has read it carries
- * out all the same. Any thread may call it, as long as the client is open. */
+ * QORLIX_ERR_CONNECT or QORLIX_ERR_SEND) with 1223. Without one nothing happens. What the server
+ * has read it carries out all the same. Any thread may call it, as long as the client is open. */
 void QORLIX_CALL qorlix_cancel(qorlix_client* client) QORLIX_NOEXCEPT;
 
 #ifdef __cplusplus

@@ -163,8 +163,9 @@ qorlix_status QORLIX_CALL qorlix_deinstall(qorlix_client* client, const char* de
                                            const char* language_extension,
                                            const char* board) QORLIX_NOEXCEPT;
 
-/* 0 is also the answer when the library is not there. `library_ran`, which may be null, is 1 when
- * the second reply came that the server sends once the library is loaded, 0 otherwise. */
+/* 0 is also the answer when the library is not there. `library_ran`, which may be null here and
+ * below, is 1 when the second reply came that the server sends once the library is loaded, 0
+ * otherwise. */
 qorlix_status QORLIX_CALL qorlix_install_wdm_driver(qorlix_client* client, const char* service,
                                                     const char* inf_file, const char* third,
                                                     uint32_t mode,

@@ -44,9 +44,14 @@ ScriptedServer::State* ServerOf(void* pipe) {
 
 }  // namespace
 
-ScriptedServer::ScriptedServer() : state_(std::make_unique<State>()) {
-  static int count = 0;
-  state_->name = "\\\\.\\pipe\\Scripted" + std::to_string(++count);
+ScriptedServer::ScriptedServer()
+    : ScriptedServer([] {
+        static int count = 0;
+        return "\\\\.\\pipe\\Scripted" + std::to_string(++count);
+      }()) {}
+
+ScriptedServer::ScriptedServer(std::string pipeName) : state_(std::make_unique<State>()) {
+  state_->name = std::move(pipeName);
   Servers()[state_->name] = state_.get();
 }
 

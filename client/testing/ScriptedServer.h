@@ -24,6 +24,8 @@ std::string ToHex(const void* data, std::size_t size);
 class ScriptedServer {
  public:
   ScriptedServer();
+  /// Natively only: under this name, rather than under one of its own.
+  explicit ScriptedServer(std::string pipeName);
   ~ScriptedServer();
   ScriptedServer(const ScriptedServer&) = delete;
   ScriptedServer& operator=(const ScriptedServer&) = delete;

@@ -14,7 +14,7 @@ static int show_state(qorlix_client* client) {
   const uint8_t* bytes;
   uint32_t size = 0;
 
-  qorlix_add_text(request, "PCI\\VEN_10E8");
+  qorlix_add_text(request, "PCI\\VEN_1F3C");
   qorlix_add_long(request, QORLIX_NO_OPTION);
   status = qorlix_call_request(client, request);
   qorlix_request_free(request);

@@ -1,7 +1,7 @@
 """Reads and writes a value through qorlixclient.dll. Needs a 32-bit Python, because the library is
-a 32-bit one, and the library beside this file or in the search path.
+a 32-bit one, and the library beside this file, in the search path, or where the argument says.
 
-    py -3-32 registry.py
+    py -3-32 registry.py [LIBRARY]
 """
 import ctypes
 import os
@@ -9,6 +9,9 @@ import sys
 
 KEY = r"SOFTWARE\Vesmark\NORVA\Demo"
 OK, ANSWERED = 0, 1
+# Texts are in the ANSI code page. Python has it on Windows only; elsewhere there is no server, and
+# a library for trials at most.
+ANSI = "mbcs" if sys.platform == "win32" else "latin-1"
 
 
 class TextValue(ctypes.Structure):
@@ -17,12 +20,13 @@ class TextValue(ctypes.Structure):
                 ("length", ctypes.c_uint32)]
 
     def value(self) -> str:
-        return ctypes.string_at(self.text, self.size).decode("mbcs")
+        return ctypes.string_at(self.text, self.size).decode(ANSI)
 
 
 def load() -> ctypes.CDLL:
     here = os.path.join(os.path.dirname(os.path.abspath(__file__)), "qorlixclient.dll")
-    library = ctypes.CDLL(here if os.path.exists(here) else "qorlixclient.dll")
+    found = here if os.path.exists(here) else "qorlixclient.dll"
+    library = ctypes.CDLL(sys.argv[1] if len(sys.argv) > 1 else found)
     client, text = ctypes.c_void_p, ctypes.c_char_p
     for name, result, arguments in (
             ("qorlix_open", client, [text]),
@@ -39,7 +43,7 @@ def load() -> ctypes.CDLL:
 
 
 def ansi(text: str) -> bytes:
-    return text.encode("mbcs")
+    return text.encode(ANSI)
 
 
 def main() -> int:

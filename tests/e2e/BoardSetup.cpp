@@ -32,6 +32,8 @@ BoardFiles::~BoardFiles() {
   (void)std::remove(log_.c_str());
 }
 
+void BoardFiles::KeepNoLog() { SetEnvironmentVariableA(kLogVariable, nullptr); }
+
 void BoardFiles::Write(const std::string& inventory) {
   std::ofstream(inventory_, std::ios::binary) << inventory;
   (void)std::remove(log_.c_str());

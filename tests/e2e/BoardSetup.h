@@ -23,6 +23,9 @@ class BoardFiles {
   BoardFiles(const BoardFiles&) = delete;
   BoardFiles& operator=(const BoardFiles&) = delete;
 
+  /// Servers that are started from now on tell nothing of their calls.
+  static void KeepNoLog();
+
   /// Replaces the inventory and begins a new log. A running server has read the old one.
   void Write(const std::string& inventory);
 

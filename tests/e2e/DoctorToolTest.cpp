@@ -39,14 +39,16 @@ TEST_F(DoctorToolTest, WithoutAServerThereIsNoPipe) {
 TEST_F(DoctorToolTest, AServerThatRunsIsSeenFromItsPipe) {
   devices_.SetText("unused", "");
   gate_.SetText("SetupSucceeded", "1");
+  gate_.SetText("StrictProfile", "enforce");
   ASSERT_TRUE(server_.Start());
   const std::string shown = Tool::Run("doctor");
   EXPECT_THAT(shown, HasSubstr("belongs to process " + std::to_string(server_.Id()) + ", " +
                                ServerProcess::Path() + "\n"));
   EXPECT_THAT(shown, HasSubstr("ok       pipe       all 64 instances exist, and one was free"));
   EXPECT_THAT(shown, HasSubstr("ok       pipe       the server answers"));
-  EXPECT_THAT(shown, ContainsRegex("ok       library    .*.boardsvc32.dll is there"));
+  EXPECT_THAT(shown, ContainsRegex("note     library    .*.boardsvc32.dll is a stand-in"));
   EXPECT_THAT(shown, HasSubstr("ok       set-up     SetupSucceeded is set"));
+  EXPECT_THAT(shown, HasSubstr("ok       profile    the strict profile is enforced"));
   EXPECT_THAT(shown, HasSubstr(", 0 errors\n"));
   EXPECT_TRUE(server_.IsRunning());
 }

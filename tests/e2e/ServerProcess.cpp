@@ -7,6 +7,7 @@
 #include <winternl.h>
 
 #include <algorithm>
+#include <cstring>
 
 #ifdef QORLIX_COVERAGE
 #include "tests/coverage/FlushOnDemand.h"
@@ -39,8 +40,9 @@ struct HandleEntry {
   ULONG reserved;
 };
 
-// For systems that answer the plain question with nothing.
-std::uint32_t CountInListOfAllHandles(std::uint32_t processId) {
+// Also for systems that answer the plain question for one process with nothing.
+template <typename Wanted>
+std::uint32_t CountInListOfAllHandles(Wanted wanted) {
   constexpr std::size_t kRoom = 4 << 20;
   using Query = NTSTATUS(NTAPI*)(int, void*, ULONG, ULONG*);
   const auto query = reinterpret_cast<Query>(
@@ -53,9 +55,7 @@ std::uint32_t CountInListOfAllHandles(std::uint32_t processId) {
   const auto* const head = reinterpret_cast<const HandleList*>(list.data());
   const auto* const entries =
       reinterpret_cast<const HandleEntry*>(list.data() + sizeof(HandleList));
-  return static_cast<std::uint32_t>(
-      std::count_if(entries, entries + head->count,
-                    [processId](const HandleEntry& entry) { return entry.process == processId; }));
+  return static_cast<std::uint32_t>(std::count_if(entries, entries + head->count, wanted));
 }
 
 template <typename Count>
@@ -100,14 +100,20 @@ std::string ServerProcess::Path() {
   return own.substr(0, own.rfind('\\') + 1) + "QorlixSRV.exe";
 }
 
-testing::AssertionResult ServerProcess::Launch(const char* arguments, std::uint32_t flags) {
+testing::AssertionResult ServerProcess::Launch(const char* arguments, std::uint32_t flags,
+                                               void* token) {
   const std::string path = Path();
   std::string commandLine = "\"" + path + "\" " + arguments;
   STARTUPINFOA startup = {};
   startup.cb = sizeof(startup);
   PROCESS_INFORMATION started = {};
-  if (CreateProcessA(path.c_str(), commandLine.data(), nullptr, nullptr, FALSE, flags, nullptr,
-                     nullptr, &startup, &started) == FALSE) {
+  const BOOL created =
+      token == nullptr
+          ? CreateProcessA(path.c_str(), commandLine.data(), nullptr, nullptr, FALSE, flags,
+                           nullptr, nullptr, &startup, &started)
+          : CreateProcessAsUserA(token, path.c_str(), commandLine.data(), nullptr, nullptr, FALSE,
+                                 flags, nullptr, nullptr, &startup, &started);
+  if (created == FALSE) {
     return testing::AssertionFailure() << path << " does not start: error " << GetLastError();
   }
   AssignProcessToJobObject(OwnJob(), started.hProcess);
@@ -118,20 +124,70 @@ testing::AssertionResult ServerProcess::Launch(const char* arguments, std::uint3
 }
 
 testing::AssertionResult ServerProcess::Start(const char* arguments) {
+  return StartUnder(/*token=*/nullptr, arguments);
+}
+
+testing::AssertionResult ServerProcess::StartUnder(void* token, const char* arguments) {
   const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, kStartEvent);
   ResetEvent(event);
-  auto result = Launch(arguments);
-  if (result) {
-    const HANDLE either[] = {event, process_};
-    const DWORD wait = WaitForMultipleObjects(2, either, FALSE, kStartMs);
-    if (wait == WAIT_OBJECT_0 + 1) {
-      result = testing::AssertionFailure() << "it exited with " << ExitCode(0).value_or(0);
-    } else if (wait != WAIT_OBJECT_0) {
-      result = testing::AssertionFailure() << "the start event was not set";
-    }
-  }
+  auto result = Launch(arguments, /*flags=*/0, token);
+  if (result) result = WaitUntilItServes(event);
   CloseHandle(event);
   return result;
+}
+
+testing::AssertionResult ServerProcess::WaitUntilItServes(void* event) {
+  const HANDLE either[] = {event, process_};
+  const DWORD wait = WaitForMultipleObjects(2, either, FALSE, kStartMs);
+  if (wait == WAIT_OBJECT_0 + 1) {
+    return testing::AssertionFailure() << "it exited with " << ExitCode(0).value_or(0);
+  }
+  if (wait != WAIT_OBJECT_0) return testing::AssertionFailure() << "the start event was not set";
+  return testing::AssertionSuccess();
+}
+
+testing::AssertionResult ServerProcess::StartWith(const Failure& failure) {
+  const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, kStartEvent);
+  ResetEvent(event);
+  auto result = Launch("", DEBUG_ONLY_THIS_PROCESS);
+  // Once its libraries are loaded, the process stops for its debugger.
+  bool isLoaded = false;
+  while (result && !isLoaded) {
+    DEBUG_EVENT debug = {};
+    if (WaitForDebugEvent(&debug, kStartMs) == FALSE) {
+      result = testing::AssertionFailure() << "it does not stop for its debugger";
+      break;
+    }
+    isLoaded = debug.dwDebugEventCode == EXCEPTION_DEBUG_EVENT;
+    if (isLoaded) result = Break(failure);
+    ContinueDebugEvent(debug.dwProcessId, debug.dwThreadId, DBG_CONTINUE);
+  }
+  DebugActiveProcessStop(id_);
+  if (result) result = WaitUntilItServes(event);
+  CloseHandle(event);
+  return result;
+}
+
+// Writes `mov eax, result` and `ret argumentBytes` over the beginning of the function, which lies
+// where it lies in this process, or the test says so.
+testing::AssertionResult ServerProcess::Break(const Failure& failure) {
+  void* const at =
+      reinterpret_cast<void*>(GetProcAddress(LoadLibraryA(failure.library), failure.function));
+  std::uint8_t there[8] = {};
+  std::uint8_t code[8] = {0xB8, 0, 0, 0, 0, 0xC2, failure.argumentBytes, 0};
+  std::memcpy(code + 1, &failure.result, sizeof(failure.result));
+  SIZE_T count = 0;
+  DWORD protection = 0;
+  if (at == nullptr || ReadProcessMemory(process_, at, there, sizeof(there), &count) == FALSE ||
+      std::memcmp(there, at, sizeof(there)) != 0) {
+    return testing::AssertionFailure() << failure.function << " lies elsewhere";
+  }
+  if (VirtualProtectEx(process_, at, sizeof(code), PAGE_EXECUTE_READWRITE, &protection) == FALSE ||
+      WriteProcessMemory(process_, at, code, sizeof(code), &count) == FALSE) {
+    return testing::AssertionFailure() << failure.function << ": error " << GetLastError();
+  }
+  FlushInstructionCache(process_, at, sizeof(code));
+  return testing::AssertionSuccess();
 }
 
 testing::AssertionResult ServerProcess::StartWithoutEvent() { return Launch(""); }
@@ -193,7 +249,11 @@ void ServerProcess::Kill() {
 std::uint32_t ServerProcess::HandleCount() const {
   DWORD count = 0;
   if (GetProcessHandleCount(process_, &count) != FALSE && count != 0) return count;
-  return CountInListOfAllHandles(id_);
+  return CountInListOfAllHandles([this](const HandleEntry& entry) { return entry.process == id_; });
+}
+
+std::uint32_t ServerProcess::HandlesOfAllProcesses() {
+  return CountInListOfAllHandles([](const HandleEntry&) { return true; });
 }
 
 testing::AssertionResult ServerProcess::ComesBackToHandleCount(std::uint32_t count) const {

@@ -25,6 +25,18 @@ class ServerProcess {
   /// Starts it as its starter does: with the start event created first, and waited for.
   testing::AssertionResult Start(const char* arguments = "");
 
+  /// The same under a primary token.
+  testing::AssertionResult StartUnder(void* token, const char* arguments = "");
+
+  /// As Start, with a function of a library that fails before it does anything.
+  struct Failure {
+    const char* library;
+    const char* function;
+    std::uint32_t result;
+    std::uint8_t argumentBytes;  ///< that the function takes off the stack
+  };
+  testing::AssertionResult StartWith(const Failure& failure);
+
   /// Starts it and waits for nothing; no start event exists.
   testing::AssertionResult StartWithoutEvent();
 
@@ -45,6 +57,9 @@ class ServerProcess {
   /// Handles that it holds, as the system counts them; 0 if the system does not tell.
   std::uint32_t HandleCount() const;
 
+  /// Handles of all processes, servers and others; 0 if the system does not tell.
+  static std::uint32_t HandlesOfAllProcesses();
+
   /// Whether it comes back to that many handles or fewer; the system may hold one more for a moment
   /// while an operation of the server runs.
   testing::AssertionResult ComesBackToHandleCount(std::uint32_t count) const;
@@ -62,7 +77,11 @@ class ServerProcess {
   std::size_t PrivateBytes() const;
 
  private:
-  testing::AssertionResult Launch(const char* arguments, std::uint32_t flags = 0);
+  testing::AssertionResult Launch(const char* arguments, std::uint32_t flags = 0,
+                                  void* token = nullptr);
+
+  testing::AssertionResult WaitUntilItServes(void* event);
+  testing::AssertionResult Break(const Failure& failure);
 
   void* process_ = nullptr;
   std::uint32_t id_ = 0;

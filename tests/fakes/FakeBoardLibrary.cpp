@@ -2,16 +2,24 @@
 
 #include <utility>
 
+#include "tests/fakes/FaultPlan.h"
 #include "tests/fakes/NotOurs.h"
 
 namespace fake_board_library {
 namespace {
 
 template <typename Operation, typename... Arguments>
-std::uint32_t Run(const char* name, const Operation& operation, Arguments... arguments) {
+std::uint32_t RunAs(const char* function, const char* name, const Operation& operation,
+                    Arguments... arguments) {
   const NotOurs notOurs;
   Calls().push_back(name);
+  if (const std::uint32_t code = fault_plan::CodeFor(function)) return code;
   return operation ? operation(arguments...) : 0;
+}
+
+template <typename Operation, typename... Arguments>
+std::uint32_t Run(const char* name, const Operation& operation, Arguments... arguments) {
+  return RunAs(name, name, operation, arguments...);
 }
 
 }  // namespace
@@ -46,6 +54,7 @@ void OnStartHardwareDetection(std::function<void()> action) {
 
 using fake_board_library::Lib;
 using fake_board_library::Run;
+using fake_board_library::RunAs;
 
 std::uint32_t StartHardwareDetection() {
   return Run("StartHardwareDetection", Lib().startHardwareDetection);
@@ -151,11 +160,12 @@ std::uint32_t BRDX_GetBoardInformation(std::uint8_t* block1, BRDX_INFO_INPUT* in
 }
 
 std::uint32_t BRDX_GetDeviceInstance(char* hardwareId, std::uint32_t* instance) {
-  return Run("BRDX_GetDeviceInstanceBL/2", Lib().getDeviceInstance, hardwareId, instance);
+  return RunAs("BRDX_GetDeviceInstance", "BRDX_GetDeviceInstanceBL/2", Lib().getDeviceInstance,
+               hardwareId, instance);
 }
 
 std::uint32_t BRDX_GetDeviceInstanceOpt(char* hardwareId, std::uint32_t option,
                                         std::uint32_t* instance) {
-  return Run("BRDX_GetDeviceInstanceBL/3", Lib().getDeviceInstanceOpt, hardwareId, option,
-             instance);
+  return RunAs("BRDX_GetDeviceInstanceOpt", "BRDX_GetDeviceInstanceBL/3",
+               Lib().getDeviceInstanceOpt, hardwareId, option, instance);
 }

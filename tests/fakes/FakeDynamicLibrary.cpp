@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "tests/fakes/FaultPlan.h"
 #include "tests/fakes/NotOurs.h"
 
 namespace {
@@ -81,6 +82,10 @@ bool DynamicLibrary::Load(const char* name) {
   Free();
   g_state.calls.push_back(std::string("load ") + name);
   if (g_state.onLoad) g_state.onLoad(name);
+  if (const std::uint32_t code = fault_plan::CodeFor("platform::DynamicLibrary::Load", name)) {
+    g_lastError = code;
+    return false;
+  }
   const auto refused = g_state.refused.find(name);
   if (refused != g_state.refused.end()) {
     g_lastError = refused->second;
@@ -100,6 +105,10 @@ EntryPoint DynamicLibrary::Find(const char* name) const {
   const NotOurs notOurs;
   const Lock lock(g_mutex);
   g_state.calls.push_back(std::string("find ") + name);
+  if (const std::uint32_t code = fault_plan::CodeFor("platform::DynamicLibrary::Find", name)) {
+    g_lastError = code;
+    return nullptr;
+  }
   const auto& exports = LibraryAt(handle_)->second;
   const auto found = exports.find(name);
   if (found == exports.end()) {

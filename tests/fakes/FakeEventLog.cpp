@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/EventLog.h"
+#include "tests/fakes/FaultPlan.h"
 #include "tests/fakes/NotOurs.h"
 
 namespace {
@@ -13,5 +14,6 @@ std::vector<fake_event_log::Event> fake_event_log::Take() { return std::exchange
 
 void ReportErrorEvent(const char* source, const char* text) {
   const NotOurs notOurs;
+  if (fault_plan::Fails("ReportErrorEvent")) return;
   g_events.push_back({source, text});
 }

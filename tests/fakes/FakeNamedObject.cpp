@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/NamedObject.h"
+#include "tests/fakes/FaultPlan.h"
 #include "tests/fakes/NotOurs.h"
 
 namespace {
@@ -46,6 +47,7 @@ void OnSignal(std::function<void()> hook) { g_state.onSignal = std::move(hook); 
 
 HANDLE platform::CreateNamedMutex(const char* name) {
   const NotOurs notOurs;
+  if (fault_plan::Fails("platform::CreateNamedMutex")) return nullptr;
   g_state.calls.push_back(std::string("create ") + name);
   return g_state.mutexes ? &g_mutex : nullptr;
 }
@@ -53,6 +55,7 @@ HANDLE platform::CreateNamedMutex(const char* name) {
 std::uint32_t platform::WaitForMutex(HANDLE, std::uint32_t milliseconds) {
   const NotOurs notOurs;
   g_state.calls.push_back("wait " + std::to_string(milliseconds));
+  if (const std::uint32_t code = fault_plan::CodeFor("platform::WaitForMutex")) return code;
   return g_state.waitResult;
 }
 
@@ -64,12 +67,14 @@ void platform::ReleaseNamedMutex(HANDLE) {
 bool platform::SetEventIfItExists(const char* name) {
   const NotOurs notOurs;
   g_state.calls.push_back(std::string("set ") + name);
+  if (fault_plan::Fails("platform::SetEventIfItExists")) return false;
   return g_state.events.count(name) != 0;
 }
 
 std::uint32_t platform::SignalEvent(const char* name) {
   const NotOurs notOurs;
   if (g_state.onSignal) g_state.onSignal();
+  if (const std::uint32_t code = fault_plan::CodeFor("platform::SignalEvent")) return code;
   const std::lock_guard<std::mutex> lock(g_eventMutex);
   g_state.calls.push_back(std::string("signal ") + name);
   return g_state.events.count(name) != 0 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
@@ -78,6 +83,8 @@ std::uint32_t platform::SignalEvent(const char* name) {
 HANDLE platform::CreateMarkerMutex(SECURITY_ATTRIBUTES*, const char* name, std::uint32_t& error) {
   const NotOurs notOurs;
   const std::lock_guard<std::mutex> lock(g_eventMutex);
+  error = fault_plan::CodeFor("platform::CreateMarkerMutex");
+  if (error != ERROR_SUCCESS) return nullptr;
   error = g_state.mutexes ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
   if (!g_state.mutexes) return nullptr;
   g_state.calls.push_back(std::string("marker ") + name);

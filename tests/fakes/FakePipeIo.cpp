@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <deque>
+#include <list>
 #include <map>
+#include <optional>
 #include <utility>
 
 #include "server/PipeInstance.h"
+#include "tests/fakes/FaultPlan.h"
 #include "tests/fakes/NotOurs.h"
 
 namespace {
@@ -16,14 +19,18 @@ using pipe_io::Outcome;
 constexpr std::uintptr_t kPending = 0x103;
 
 struct Instance {
-  std::map<Op, std::deque<Outcome>> script;
-  std::deque<Bytes> scriptedReads;
+  std::map<Op, std::list<Outcome>> script;
+  std::list<Bytes> scriptedReads;
   bool signalled = false;
   bool outstanding = false;
+  Op operation = Op::Connect;  // begun last
+  int disconnects = 0;
   Outcome completion = {};
   void* readBuffer = nullptr;
   Bytes writing;
   Bytes written;
+  std::optional<std::uint32_t> client;
+  int clientQuestions = 0;
 };
 
 struct State {
@@ -34,6 +41,7 @@ struct State {
   int polls = 0;
   int events = 0;
   int pipes = 0;
+  bool nameIsTaken = false;
   std::uint64_t now = 1000;
 } g_state;
 
@@ -54,15 +62,28 @@ bool IsPipe(HANDLE handle) {
 
 void Log(const std::string& call) { g_state.calls.push_back(call); }
 
+// What the plan makes of a call that moves up to `size` bytes; nothing when it goes well.
+std::optional<Outcome> FaultOf(const char* function, std::uint32_t size = 0) {
+  const std::uint32_t code = fault_plan::CodeFor(function);
+  if (code == 0) return std::nullopt;
+  if (code == fault_plan::kAtOnce || code == fault_plan::kEmpty) return Outcome{true, 0, 0};
+  if (code == fault_plan::kShort) return Outcome{true, 0, size - 1};
+  return Outcome{false, code, 0};
+}
+
 // Begins an operation and settles at once what the script says; otherwise `fallback`.
-Outcome Begin(Op op, HANDLE pipe, OVERLAPPED& overlapped, Outcome fallback) {
+Outcome Begin(Op op, HANDLE pipe, OVERLAPPED& overlapped, Outcome fallback,
+              const std::optional<Outcome>& fault) {
   if (!IsPipe(pipe)) return {false, ERROR_INVALID_HANDLE, 0};
   Instance& instance = g_state.instances[ConIdOf(pipe, kPipeBase)];
   instance.signalled = false;
+  instance.operation = op;
   overlapped.Internal = kPending;
   auto& script = instance.script[op];
   Outcome outcome = fallback;
-  if (!script.empty()) {
+  if (fault) {
+    outcome = *fault;
+  } else if (!script.empty()) {
     outcome = script.front();
     script.pop_front();
   }
@@ -112,7 +133,18 @@ const std::vector<std::string>& Calls() { return g_state.calls; }
 int Waits() { return g_state.waits; }
 int Polls() { return g_state.polls; }
 Bytes Written(int conId) { return g_state.instances[conId].written; }
+int Disconnects(int conId) { return g_state.instances[conId].disconnects; }
+std::optional<Op> Outstanding(int conId) {
+  const Instance& instance = g_state.instances[conId];
+  return instance.outstanding ? std::optional<Op>(instance.operation) : std::nullopt;
+}
+std::uint32_t BytesInWrite(int conId) {
+  return static_cast<std::uint32_t>(g_state.instances[conId].writing.size());
+}
 bool IsSignalled(int conId) { return g_state.instances[conId].signalled; }
+void SetClientProcess(int conId, std::uint32_t id) { g_state.instances[conId].client = id; }
+int ClientQuestions(int conId) { return g_state.instances[conId].clientQuestions; }
+void TakeName() { g_state.nameIsTaken = true; }
 void AdvanceClock(std::uint64_t milliseconds) { g_state.now += milliseconds; }
 
 }  // namespace fake_pipe_io
@@ -121,6 +153,7 @@ namespace pipe_io {
 
 HANDLE CreateInstanceEvent() {
   const NotOurs notOurs;
+  if (fault_plan::Fails("pipe_io::CreateInstanceEvent")) return nullptr;
   const int conId = g_state.events++;
   auto& script = g_state.instances[conId].script[Op::CreateEvent];
   if (!script.empty() && !script.front().success) return nullptr;
@@ -128,10 +161,17 @@ HANDLE CreateInstanceEvent() {
   return AsHandle(kEventBase + static_cast<std::uintptr_t>(conId));
 }
 
-HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES*, std::uint32_t& error) {
+HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES*, Claim claim, std::uint32_t& error) {
   const NotOurs notOurs;
-  const int conId = g_state.pipes++;
-  Log("create " + std::to_string(conId) + " " + name);
+  error = fault_plan::CodeFor("pipe_io::CreateInstance");
+  if (error != 0) return nullptr;
+  const int conId = g_state.pipes;
+  Log("create " + std::to_string(conId) + " " + name + (claim == Claim::First ? " as first" : ""));
+  if (claim == Claim::First && g_state.nameIsTaken) {
+    error = ERROR_ACCESS_DENIED;
+    return nullptr;
+  }
+  ++g_state.pipes;
   auto& script = g_state.instances[conId].script[Op::CreatePipe];
   if (!script.empty() && !script.front().success) {
     error = script.front().error;
@@ -144,12 +184,15 @@ HANDLE CreateInstance(const char* name, SECURITY_ATTRIBUTES*, std::uint32_t& err
 Outcome Connect(HANDLE pipe, OVERLAPPED& overlapped) {
   const NotOurs notOurs;
   Log("connect " + std::to_string(ConIdOf(pipe, kPipeBase)));
-  return Begin(Op::Connect, pipe, overlapped, {false, ERROR_IO_PENDING, 0});
+  return Begin(Op::Connect, pipe, overlapped, {false, ERROR_IO_PENDING, 0},
+               FaultOf("pipe_io::Connect"));
 }
 
 Outcome Disconnect(HANDLE pipe) {
   const NotOurs notOurs;
   Log("disconnect " + std::to_string(ConIdOf(pipe, kPipeBase)));
+  ++g_state.instances[ConIdOf(pipe, kPipeBase)].disconnects;
+  if (const std::optional<Outcome> fault = FaultOf("pipe_io::Disconnect")) return *fault;
   auto& script = g_state.instances[ConIdOf(pipe, kPipeBase)].script[Op::Disconnect];
   if (script.empty()) return {true, 0, 0};
   const Outcome outcome = script.front();
@@ -161,7 +204,8 @@ Outcome Read(HANDLE pipe, void* buffer, std::uint32_t size, OVERLAPPED& overlapp
   const NotOurs notOurs;
   const int conId = ConIdOf(pipe, kPipeBase);
   Log("read " + std::to_string(conId));
-  Outcome outcome = Begin(Op::Read, pipe, overlapped, {false, ERROR_IO_PENDING, 0});
+  Outcome outcome =
+      Begin(Op::Read, pipe, overlapped, {false, ERROR_IO_PENDING, 0}, FaultOf("pipe_io::Read"));
   if (!IsPipe(pipe)) return outcome;
   Instance& instance = g_state.instances[conId];
   instance.readBuffer = buffer;
@@ -184,10 +228,13 @@ Outcome Write(HANDLE pipe, const void* data, std::uint32_t size, OVERLAPPED& ove
   const Bytes reply(bytes, bytes + size);
   const int conId = ConIdOf(pipe, kPipeBase);
   Log("write " + std::to_string(conId) + " " + Hex(reply));
-  const Outcome outcome = Begin(Op::Write, pipe, overlapped, {true, 0, size});
+  const Outcome outcome =
+      Begin(Op::Write, pipe, overlapped, {true, 0, size}, FaultOf("pipe_io::Write", size));
   if (!IsPipe(pipe)) return outcome;
   Instance& instance = g_state.instances[conId];
-  if (outcome.success) instance.written = instance.written + reply;
+  if (outcome.success) {
+    instance.written.insert(instance.written.end(), reply.begin(), reply.begin() + outcome.count);
+  }
   if (instance.outstanding) instance.writing = reply;
   return outcome;
 }
@@ -195,7 +242,13 @@ Outcome Write(HANDLE pipe, const void* data, std::uint32_t size, OVERLAPPED& ove
 Outcome Completion(HANDLE pipe, OVERLAPPED& overlapped) {
   const NotOurs notOurs;
   if (!IsComplete(overlapped)) return {false, ERROR_IO_INCOMPLETE, 0};
-  return g_state.instances[ConIdOf(pipe, kPipeBase)].completion;
+  const Instance& instance = g_state.instances[ConIdOf(pipe, kPipeBase)];
+  static constexpr const char* kDetails[] = {"", "", "connect", "", "read", "write"};
+  if (const std::uint32_t code = fault_plan::CodeFor(
+          "pipe_io::Completion", kDetails[static_cast<int>(instance.operation)])) {
+    return {false, code, 0};
+  }
+  return instance.completion;
 }
 
 bool IsComplete(const OVERLAPPED& overlapped) {
@@ -217,18 +270,21 @@ void Signal(HANDLE event) {
   if (event == nullptr) return;  // an instance without a pool around it
   const int conId = ConIdOf(event, kEventBase);
   Log("signal " + std::to_string(conId));
+  if (fault_plan::Fails("pipe_io::Signal")) return;
   g_state.instances[conId].signalled = true;
 }
 
 void Unsignal(HANDLE event) {
   const NotOurs notOurs;
+  if (fault_plan::Fails("pipe_io::Unsignal")) return;
   g_state.instances[ConIdOf(event, kEventBase)].signalled = false;
 }
 
 std::uint32_t WaitAny(const HANDLE*, std::uint32_t count, std::uint32_t milliseconds,
                       std::uint32_t& error) {
   const NotOurs notOurs;
-  error = 0;
+  error = fault_plan::CodeFor("pipe_io::WaitAny", milliseconds == 0 ? "poll" : "wait");
+  if (error != 0) return WAIT_FAILED;
   if (milliseconds == 0) {
     ++g_state.polls;
     return WAIT_TIMEOUT;
@@ -250,6 +306,7 @@ std::uint32_t WaitAny(const HANDLE*, std::uint32_t count, std::uint32_t millisec
 
 void FlushAll(const HANDLE* pipes, std::uint32_t count, std::uint32_t milliseconds) {
   const NotOurs notOurs;
+  if (fault_plan::Fails("pipe_io::FlushAll")) return;
   std::string call = "flush for " + std::to_string(milliseconds) + ":";
   for (std::uint32_t i = 0; i < count; ++i) {
     call += " " + std::to_string(ConIdOf(pipes[i], kPipeBase));
@@ -264,6 +321,15 @@ void Close(HANDLE pipe) {
 std::uint64_t Now() {
   const NotOurs notOurs;
   return g_state.now;
+}
+std::uint32_t ClientProcess(HANDLE pipe) {
+  const NotOurs notOurs;
+  constexpr std::uint32_t kFirst = 4000;
+  if (!IsPipe(pipe) || fault_plan::Fails("pipe_io::ClientProcess")) return 0;
+  const int conId = ConIdOf(pipe, kPipeBase);
+  Instance& instance = g_state.instances[conId];
+  ++instance.clientQuestions;
+  return instance.client.value_or(kFirst + static_cast<std::uint32_t>(conId));
 }
 void GiveWay() {
   const NotOurs notOurs;

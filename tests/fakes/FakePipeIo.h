@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,13 +33,28 @@ void CompleteRead(int conId, const Bytes& request);
 /// signalled event. With no steps left it fails with error 6, which ends the loop.
 void OnWait(std::function<void()> step);
 
-/// The calls since Reset, as text ("read 5", "write 5 0400..."); polls and clock are not listed.
+/// The process at the other end; 4000 and the number of the instance unless told otherwise.
+void SetClientProcess(int conId, std::uint32_t id);
+/// How often the client of this instance was asked for.
+int ClientQuestions(int conId);
+
+/// The calls since Reset, as text ("read 5", "write 5 0400..."); polls, clock and clients are not
+/// listed.
 const std::vector<std::string>& Calls();
 /// How often the loop waited, and how often it only polled.
 int Waits();
 int Polls();
 /// What was written to the instance's client, write after write.
 Bytes Written(int conId);
+
+/// How often the instance's client was dropped.
+int Disconnects(int conId);
+/// The operation that is outstanding on the instance.
+std::optional<Op> Outstanding(int conId);
+/// Bytes of the write that is outstanding.
+std::uint32_t BytesInWrite(int conId);
+/// Somebody else has an instance of the pipe's name: none of ours is the first.
+void TakeName();
 
 bool IsSignalled(int conId);
 void AdvanceClock(std::uint64_t milliseconds);

@@ -3,10 +3,12 @@
 #include "registry/OsName.h"
 #include "registry/ProductInformation.h"
 #include "tests/fakes/FakeRegistry.h"
+#include "tests/fakes/FaultPlan.h"
 
 // The keys of products, in the registry that native tests have.
 bool ReadProductValues(const char* key, const char* const* names, ProductValue* values,
                        std::size_t count) {
+  if (fault_plan::Fails("ReadProductValues")) return false;
   const fake_registry::Key* const found = fake_registry::Find(key);
   if (found == nullptr) return false;
   for (std::size_t i = 0; i < count; ++i) {

@@ -34,6 +34,13 @@ std::string Fold(const std::string& name);
 /// Called at the start of every primitive; a test makes it throw.
 void OnCall(std::function<void()> hook);
 
+/// Called with the key in front of every change of it, as it reaches the registry.
+void OnChange(std::function<void(const std::string& key)> hook);
+
+/// Called at the end of every primitive that reads, once for each length that it reports; a test
+/// makes it answer something else.
+void OnRead(std::function<void(std::uint32_t& result, std::uint32_t& length)> hook);
+
 }  // namespace fake_registry
 
 #endif  // TESTS_FAKES_FAKEREGISTRY_H_

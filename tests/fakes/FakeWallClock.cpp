@@ -46,6 +46,11 @@ void EndAllSleeps() {
   g_changed.notify_all();
 }
 
+bool SomebodySleeps() {
+  std::unique_lock<std::mutex> lock(g_mutex);
+  return g_changed.wait_for(lock, std::chrono::seconds(5), [] { return g_state.sleepers > 0; });
+}
+
 }  // namespace fake_wall_clock
 
 std::int64_t platform::WallClock() {

@@ -19,6 +19,8 @@ void EndOneSleep();
 
 /// Ends all sleeps, those that come as well.
 void EndAllSleeps();
+/// \returns whether somebody sleeps a second, or begins to within five.
+bool SomebodySleeps();
 
 }  // namespace fake_wall_clock
 

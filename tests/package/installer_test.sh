@@ -48,11 +48,14 @@ exits() {
 # value KEY NAME TEXT: the registry has this.
 value() { wine reg query "$1" /v "$2" </dev/null 2>/dev/null | tr -d '\r' | grep -F -- "  $3"; }
 key() { wine reg query "$1" </dev/null; }
-# The files at a folder are those of the package, those that are named, and no others.
+# The files at a folder are those of the package, those that are named, and no others. Stand-ins are
+# among them if "standins" is named.
 holds() {
-  local folder=$1
+  local folder=$1 without=(-not -path './standins/*')
   shift
-  (cd "$stage" && find . -type f && printf './%s\n' Uninstall.exe "$@") | sort >"$work/wanted"
+  [ "${1:-}" != standins ] || { shift; without=(); }
+  (cd "$stage" && find . -type f ${without[@]+"${without[@]}"} &&
+    printf './%s\n' Uninstall.exe "$@") | sort >"$work/wanted"
   (cd "$folder" && find . -type f) | sort >"$work/found"
   diff "$work/wanted" "$work/found" || return 1
   local name
@@ -100,7 +103,7 @@ machine before
 home="$WINEPREFIX/drive_c/Program Files/QorlixSRV"
 program='C:\Program Files\QorlixSRV\QorlixSRV.exe'
 check 'it installs silently' exits 0 wine "$setup" /S
-check 'the files of the package are there, and no others' holds "$home"
+check 'the files of the package are there, no stand-ins, and no others' holds "$home"
 check 'they have the time of the package' [ "$home/QorlixSRV.exe" -ot "$setup" ]
 check 'the source of the registry operations is registered' \
   value "$sources\\MIREL RegistryOperation" EventMessageFile "$program"
@@ -123,11 +126,20 @@ check 'the folder goes' gone "$home"
 machine after
 check 'and nothing is left on the machine' same_machine before after
 
-echo '== with the simulator, in a folder of its own, where another program has a source'
+echo '== with the folder in quotation marks'
+check 'it is refused as PowerShell passes it' exits 5 wine "$setup" /S '/D=C:\Stack\With blanks'
+# Our own shell would have them escaped.
+printf '"Z:%s" /S /D="C:\\Stack\\Quoted"\r\n@exit %%errorlevel%%\r\n' "$setup" >"$work/quoted.bat"
+check 'and as somebody types it' exits 5 wine cmd /c "Z:$work/quoted.bat"
+machine after
+check 'and nothing is installed' same_machine before after
+
+echo '== with the simulator and the stand-ins, in a folder of its own, where another program has a source'
 wine reg add "$sources\\Zqotrc" /v EventMessageFile /d 'C:\other.dll' /f >/dev/null 2>&1 </dev/null
 home=$WINEPREFIX/drive_c/Stack/Server
-check 'it installs' exits 0 wine "$setup" /S /SIMULATOR '/D=C:\Stack\Server'
-check 'the simulator lies beside the server' holds "$home" boardsvc32.dll
+check 'it installs' exits 0 wine "$setup" /S /SIMULATOR /STANDINS '/D=C:\Stack\Server'
+check 'the simulator lies beside the server, the stand-ins in their folder' \
+  holds "$home" standins boardsvc32.dll
 check 'the other source stays as it was' value "$sources\\Zqotrc" EventMessageFile 'C:\other.dll'
 touch "$home/somebody's.txt"
 ctl() { wine "$home/qorlixctl.exe" "$@"; }
@@ -140,11 +152,22 @@ build_client() {
 }
 check 'a client is built with what is installed' build_client
 check 'and reaches it' exits 0 wine "$work/client.exe"
+# build_c_client: the example, with the header and the library that are installed.
+build_c_client() {
+  "$compiler" -x c -std=c99 -I"$home/include" "$home/examples/c/hello.c" -x none -L"$home/lib" \
+    -lqorlixclient -static -o "$work/hello.exe" && cp "$home/lib/qorlixclient.dll" "$work"
+}
+# greets CODE TEXT: what the program in C says and ends with.
+greets() {
+  exits "$1" wine "$work/hello.exe" >"$work/said" && tr -d '\r' <"$work/said" | grep -Fx -- "$2"
+}
+check 'a program in C is built with what is installed' build_c_client
+check 'and the server answers it' greets 1 'refused: the key, value or file does not exist'
 check 'it works on the registry' exits 0 ctl reg create "$kept"
 check 'while it runs it cannot be installed over' exits 3 wine "$setup" /S '/D=C:\Stack\Server'
 check 'nor elsewhere' exits 3 wine "$setup" /S '/D=C:\Stack\Other'
 check 'nor be uninstalled' exits 3 wine "$home/Uninstall.exe" /S '_?=C:\Stack\Server'
-check 'and all is still there' holds "$home" boardsvc32.dll "somebody's.txt"
+check 'and all is still there' holds "$home" standins boardsvc32.dll "somebody's.txt"
 check 'and answers' exits 0 ctl ping
 check 'it stops' exits 0 ctl stop
 check 'and the client says so' exits 1 wine "$work/client.exe"
@@ -152,12 +175,15 @@ check 'and the client says so' exits 1 wine "$work/client.exe"
 echo '== over that, elsewhere'
 old=$home
 home=$WINEPREFIX/drive_c/Stack/Other
-check 'it installs' exits 0 wine "$setup" /S '/D=C:\Stack\Other'
-check 'the simulator is there again' holds "$home" boardsvc32.dll
+check 'it installs' exits 0 wine "$setup" /S /SIMULATOR '/D=C:\Stack\Other'
+check 'with the simulator, as it was told' holds "$home" boardsvc32.dll
 check "of the old folder somebody's file is left" \
   [ "$(cd "$old" && find . -type f)" = "./somebody's.txt" ]
 check 'the server starts there' exits 0 ctl start
 check 'and stops' exits 0 ctl stop
+echo '== over that, with nothing chosen'
+check 'it installs' exits 0 wine "$setup" /S
+check 'at the same place, without the simulator, for nobody asked for it' holds "$home"
 check 'it uninstalls' exits 0 wine "$home/Uninstall.exe" /S
 check 'the folder goes' gone "$home"
 check 'the other source is still there' value "$sources\\Zqotrc" EventMessageFile 'C:\other.dll'
@@ -174,11 +200,15 @@ echo "the vendor's" >"$library"
 check 'the simulator is left out, and the exit code says so' \
   exits 4 wine "$setup" /S /SIMULATOR '/D=C:\Stack\Server'
 check 'all else is there' holds "$home" "somebody's.txt"
+rm "$library"
+check 'without it the simulator is put there' \
+  exits 0 wine "$setup" /S /SIMULATOR '/D=C:\Stack\Server'
 echo "the vendor's" >"$home/boardsvc32.dll"
-check 'it uninstalls' exits 0 wine "$home/Uninstall.exe" /S
+check "where the vendor's has taken its place it uninstalls" \
+  exits 0 wine "$home/Uninstall.exe" /S
 check 'the program goes' gone "$home/Uninstall.exe"
 check "and leaves the vendor's library" [ -s "$home/boardsvc32.dll" ]
-rm -rf "$library" "$WINEPREFIX/drive_c/Stack"
+rm -rf "$WINEPREFIX/drive_c/Stack"
 
 echo "$failed checks failed"
 [ "$failed" -eq 0 ]

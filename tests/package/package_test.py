@@ -5,12 +5,17 @@ import argparse
 import hashlib
 import json
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
 import tempfile
 import unittest
 import zipfile
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "documents"))
+sys.dont_write_bytecode = True
+import pages  # noqa: E402
 
 
 class PackageTest(unittest.TestCase):
@@ -38,10 +43,20 @@ class PackageTest(unittest.TestCase):
     def test_programs_documents_headers_and_stand_ins_are_there(self):
         for name in ["QorlixSRV.exe", "qorlixctl.exe", "README.md", "SECURITY.md", "CHANGELOG.md",
                      "docs/protocol.md", "docs/operations.md", "include/client/QorlixClient.h",
-                     "lib/libqorlixclient_cpp.a", "standins/README.md", "standins/drvinstx.dll",
+                     "lib/libqorlixclient_cpp.a", "include/qorlixclient.h",
+                     "include/qorlixcommands.h", "lib/qorlixclient.dll", "lib/qorlixclient.def",
+                     "lib/libqorlixclient.a", "docs/client.md", "examples/c/hello.c",
+                     "examples/cpp/boards.cpp", "examples/script/registry.py",
+                     "standins/README.md", "standins/drvinstx.dll",
                      "standins/noexport/drvinstx.dll", "standins/boardsvc32/boardsvc32.dll",
                      "standins/boardsvc32/README.md", "standins/boardsvc32/samples/plant.ini"]:
             self.assertIn(name, self.names)
+
+    def test_its_documents_lead_nowhere_else(self):
+        found = [pages.Page(path, self.root) for path in sorted(self.root.rglob("*.md"))]
+        problems, count = pages.dead_links(found)
+        self.assertEqual(problems, [])
+        self.assertGreater(count, 50)
 
     def test_no_board_library_lies_where_the_server_would_find_it(self):
         self.assertNotIn("boardsvc32.dll", self.names)
@@ -139,12 +154,29 @@ class PackageTest(unittest.TestCase):
                           "-std=c++20", "-lqorlixclient_cpp", "-lssp")
 
     def test_the_examples_are_built_with_the_package_alone(self):
-        if "lib/qorlixclient.dll" not in self.names:
-            self.skipTest("the package has no C interface")
         for source in (self.root / "examples").rglob("*.c"):
             self.build_client(source, "c", "-std=c99", "-lqorlixclient")
         for source in (self.root / "examples").rglob("*.cpp"):
             self.build_client(source, "c++", "-std=c++20", "-lqorlixclient_cpp", "-lssp")
+
+    def test_the_first_program_of_the_documents_is_built_as_they_say_with_the_package_alone(self):
+        page = (self.root / "docs" / "client.md").read_text()
+        programs = [block for block in re.findall(r"^```c\n(.*?)^```$", page, re.M | re.S)
+                    if "int main" in block]
+        self.assertEqual(len(programs), 1)
+        # Those with a path of the sources are for whoever has them.
+        lines = [line for line in re.findall(r"^i686-w64-mingw32-.*$", page, re.M)
+                 if "build/" not in line]
+        self.assertEqual([line.split()[-1] for line in lines], ["hello.exe", "client.exe"])
+        with tempfile.TemporaryDirectory() as folder:
+            package = pathlib.Path(folder, "package")
+            shutil.copytree(self.root, package)
+            (package / "hello.c").write_text(programs[0])
+            shutil.copy(pathlib.Path(__file__).resolve().parent / "client.cpp", package)
+            for line in lines:
+                built = subprocess.run(line.split(), cwd=package, capture_output=True, text=True)
+                self.assertEqual(built.returncode, 0, built.stderr)
+                self.assertTrue((package / line.split()[-1]).exists())
 
     def test_every_header_stands_alone(self):
         headers = [name.removeprefix("include/") for name in self.names if name.endswith(".h")

@@ -11,6 +11,7 @@ PoolFixture::PoolFixture() {
   pipe.dwState = WRITING_STATE;
   pipe.fPendingIO = 0;
   pipe.ReceivePointer = 0;
+  pipe.clientProcess = kClient;
 }
 
 void PoolFixture::Receive(const Bytes& request) {

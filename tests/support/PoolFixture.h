@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string_view>
 
 #include "server/QorlixSRVPipe.h"
@@ -15,6 +16,7 @@
 class PoolFixture : public testing::Test {
  protected:
   static constexpr int kConId = 7;
+  static constexpr std::uint32_t kClient = 4321;  ///< the process at its other end
 
   PoolFixture();
 

@@ -31,16 +31,17 @@ std::uint32_t SleptMilliseconds() { return g_state.slept; }
 
 }  // namespace fake_host
 
-namespace boardsim::host {
+namespace standin::host {
 
 std::string Environment(const char* name) { return g_state.environment[name]; }
 std::string LibraryFolder() { return g_state.libraryFolder; }
 bool FileExists(const std::string& path) { return std::filesystem::exists(path); }
 bool IsAbsolute(const std::string& path) { return path.starts_with('/'); }
 void Debug(const std::string& line) { g_state.debugLines.push_back(line); }
-LockState ProbeBoardLock() { return g_state.lock; }
 std::uint32_t ThreadId() { return kThreadId; }
 void Sleep(std::uint32_t milliseconds) { g_state.slept += milliseconds; }
 void Raise(Raised raised) { throw fake_host::RaisedException{raised}; }
 
-}  // namespace boardsim::host
+}  // namespace standin::host
+
+boardsim::LockState boardsim::host::ProbeBoardLock() { return g_state.lock; }

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "tests/fakes/FaultPlan.h"
 #include "tests/fakes/trace/FakeTrace.h"
 #include "trace/TraceHost.h"
 
@@ -13,6 +14,7 @@ thread_local std::uint32_t g_lastError = 0;
 }  // namespace
 
 ParameterKey::ParameterKey() {
+  if (fault_plan::Fails("zqotrc::ParameterKey::ParameterKey")) return;
   if (TheMachine().keyExists) key_ = &TheMachine().parameters;
 }
 
@@ -22,6 +24,7 @@ bool ParameterKey::Read(const char* name, RawParameter& value) const {
   const auto& parameters = *static_cast<const std::map<std::string, FakeTrace::Parameter>*>(key_);
   const auto found = parameters.find(name);
   value = {};
+  if (fault_plan::Fails("zqotrc::ParameterKey::Read", name)) return false;
   if (found == parameters.end()) return false;
   const std::string& data = found->second.data;
   value.type = found->second.type;
@@ -38,7 +41,9 @@ void TakeMoment(TraceMoment& moment) {
   errno = EIO;
 }
 
-std::int64_t CounterFrequency() { return TheMachine().frequency; }
+std::int64_t CounterFrequency() {
+  return fault_plan::Fails("zqotrc::CounterFrequency") ? 0 : TheMachine().frequency;
+}
 
 std::int64_t SecondsNow() { return TheMachine().seconds; }
 

@@ -1,3 +1,4 @@
+#include "tests/fakes/FaultPlan.h"
 #include "tests/fakes/trace/FakeTrace.h"
 #include "trace/TraceOutputs.h"
 
@@ -17,6 +18,9 @@ std::uint64_t NextTick() {
   return ++ticks;
 }
 
+using fault_plan::CodeFor;
+using fault_plan::Fails;
+
 const std::string& NameOf(void* file) { return *static_cast<std::string*>(file); }
 
 }  // namespace
@@ -24,6 +28,7 @@ const std::string& NameOf(void* file) { return *static_cast<std::string*>(file);
 std::optional<std::uint64_t> AppendFile::Open(const char* name) {
   Close();
   TheMachine().fileSteps.push_back(std::string("open ") + name);
+  if (fault_plan::Fails("zqotrc::AppendFile::Open", name)) return std::nullopt;
   if (TheMachine().unopenable.count(name) != 0) return std::nullopt;
   if (TheMachine().files.count(name) == 0) TheMachine().files[name].written = NextTick();
   ++TheMachine().openFiles;
@@ -32,11 +37,13 @@ std::optional<std::uint64_t> AppendFile::Open(const char* name) {
 }
 
 std::optional<std::uint64_t> AppendFile::Size() const {
+  if (Fails("zqotrc::AppendFile::Size")) return std::nullopt;
   if (file_ == nullptr || TheMachine().unmeasurable.count(NameOf(file_)) != 0) return std::nullopt;
   return TheMachine().files.at(NameOf(file_)).content.size();
 }
 
 void AppendFile::Append(std::string_view bytes) {
+  if (Fails("zqotrc::AppendFile::Append")) return;
   FakeTrace::File& file = TheMachine().files.at(NameOf(file_));
   file.content += bytes;
   file.written = NextTick();
@@ -53,23 +60,29 @@ void AppendFile::Close() {
 
 void RemoveFile(const char* name) {
   TheMachine().fileSteps.push_back(std::string("remove ") + name);
+  if (Fails("zqotrc::RemoveFile")) return;
   TheMachine().files.erase(name);
 }
 
 std::optional<std::uint64_t> ModificationTime(const char* name) {
   const auto found = TheMachine().files.find(name);
+  if (Fails("zqotrc::ModificationTime")) return std::nullopt;
   if (found == TheMachine().files.end()) return std::nullopt;
   return found->second.written;
 }
 
-void SendToDebugger(const char* text) { TheMachine().debugger.emplace_back(text); }
+void SendToDebugger(const char* text) {
+  if (!Fails("zqotrc::SendToDebugger")) TheMachine().debugger.emplace_back(text);
+}
 
 std::uint32_t OpenDriver() {
+  if (const std::uint32_t code = CodeFor("zqotrc::OpenDriver")) return code;
   TheMachine().driverOpen = TheMachine().driverError == 0;
   return TheMachine().driverError;
 }
 
 void SendToDriver(std::string_view bytes) {
+  if (Fails("zqotrc::SendToDriver")) return;
   if (!TheMachine().driverOpen) {
     TheMachine().lostToDriver.emplace_back(bytes);
     return;
@@ -80,25 +93,32 @@ void SendToDriver(std::string_view bytes) {
 
 void CloseDriver() { TheMachine().driverOpen = false; }
 
-std::string_view CommonProgramFiles() { return TheMachine().commonProgramFiles; }
+std::string_view CommonProgramFiles() {
+  if (Fails("zqotrc::CommonProgramFiles")) return "";
+  return TheMachine().commonProgramFiles;
+}
 
 bool LoadEngine(const char* path) {
   TheMachine().engineSteps.push_back(std::string("load ") + path);
-  return TheMachine().engineLoads;
+  return !Fails("zqotrc::LoadEngine") && TheMachine().engineLoads;
 }
 
-bool HasEngineExport(EngineExport which) { return TheMachine().missingExports.count(which) == 0; }
+bool HasEngineExport(EngineExport which) {
+  return !Fails("zqotrc::HasEngineExport") && TheMachine().missingExports.count(which) == 0;
+}
 
 std::uint32_t EngineOpen(const char* metaFile, const char* settingsFile, const char* folder,
                          const char* version, std::uint32_t& handle) {
   TheMachine().engineSteps.push_back(std::string("open ") + metaFile + " " + settingsFile + " " +
                                      folder + " " + version);
+  if (const std::uint32_t code = CodeFor("zqotrc::EngineOpen")) return code;
   handle = TheMachine().engineHandle;
   return TheMachine().engineOpenResult;
 }
 
 std::uint32_t EngineWrite(std::uint32_t handle, std::string_view record) {
   TheMachine().engineSteps.push_back("write " + std::to_string(handle));
+  if (const std::uint32_t code = CodeFor("zqotrc::EngineWrite")) return code;
   TheMachine().engineRecords.emplace_back(record);
   return TheMachine().engineWriteResult;
 }
@@ -107,15 +127,16 @@ std::uint32_t EngineCommand(std::uint32_t command, const wchar_t* text) {
   std::string narrow;
   for (; *text != L'\0'; ++text) narrow += static_cast<char>(*text);
   TheMachine().engineSteps.push_back("command " + std::to_string(command) + " " + narrow);
-  return 0;
+  return CodeFor("zqotrc::EngineCommand");
 }
 
 std::uint32_t EngineClose(std::uint32_t handle) {
   TheMachine().engineSteps.push_back("close " + std::to_string(handle));
-  return 0;
+  return CodeFor("zqotrc::EngineClose");
 }
 
 void ReportTraceEvent(std::uint32_t id, std::initializer_list<const char*> texts) {
+  if (Fails("zqotrc::ReportTraceEvent")) return;
   TheMachine().events.push_back({id, {texts.begin(), texts.end()}});
 }
 

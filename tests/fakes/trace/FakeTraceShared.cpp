@@ -2,6 +2,7 @@
 
 #include <mutex>
 
+#include "tests/fakes/FaultPlan.h"
 #include "tests/fakes/trace/FakeTrace.h"
 
 std::atomic<std::uint32_t>& FakeTrace::Generation() {
@@ -28,6 +29,7 @@ void EnterProcessLock() { ProcessMutex().lock(); }
 void LeaveProcessLock() { ProcessMutex().unlock(); }
 
 std::uint32_t CreateTraceMutex(SECURITY_ATTRIBUTES* security) {
+  if (const std::uint32_t code = fault_plan::CodeFor("zqotrc::CreateTraceMutex")) return code;
   TheMachine().mutexSecurity = security;
   TheMachine().hasMutex = TheMachine().mutexError == 0;
   return TheMachine().mutexError;
@@ -38,8 +40,8 @@ bool HasTraceMutex() { return TheMachine().hasMutex; }
 std::uint32_t WaitForTraceMutex(std::uint32_t milliseconds) {
   Machine& machine = TheMachine();
   machine.waits.push_back(milliseconds);
-  std::uint32_t result = WAIT_OBJECT_0;
-  if (!machine.waitResults.empty()) {
+  std::uint32_t result = fault_plan::CodeFor("zqotrc::WaitForTraceMutex");
+  if (result == WAIT_OBJECT_0 && !machine.waitResults.empty()) {
     result = machine.waitResults.front();
     machine.waitResults.pop_front();
   }
@@ -52,7 +54,8 @@ void ReleaseTraceMutex() { --TheMachine().mutexHolds; }
 void CloseTraceMutex() { TheMachine().hasMutex = false; }
 
 std::atomic<std::uint32_t>* OpenGeneration(std::uint32_t& error) {
-  error = TheMachine().generationError;
+  error = fault_plan::CodeFor("zqotrc::OpenGeneration");
+  if (error == 0) error = TheMachine().generationError;
   return error == 0 ? &FakeTrace::Generation() : nullptr;
 }
 
@@ -60,7 +63,7 @@ void CloseGeneration() {}
 
 OpenedSection OpenSection(const char* name, SECURITY_ATTRIBUTES*, std::uint32_t bytes) {
   Machine& machine = TheMachine();
-  if (machine.sectionsFail) return {nullptr, false};
+  if (machine.sectionsFail || fault_plan::Fails("zqotrc::OpenSection")) return {nullptr, false};
   const bool existed = machine.sections.count(name) != 0;
   Machine::Section& section = machine.sections[name];
   if (!existed) section.words.resize((bytes + 3) / 4);
@@ -71,6 +74,7 @@ OpenedSection OpenSection(const char* name, SECURITY_ATTRIBUTES*, std::uint32_t 
 void CloseSection(Section) { --TheMachine().openSections; }
 
 void* MapSection(Section section, std::uint32_t bytes) {
+  if (fault_plan::Fails("zqotrc::MapSection")) return nullptr;
   auto& memory = *static_cast<Machine::Section*>(section);
   if (!memory.committed || bytes > memory.words.size() * sizeof(memory.words[0])) return nullptr;
   ++TheMachine().views;

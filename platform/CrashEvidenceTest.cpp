@@ -1,0 +1,284 @@
+#include "platform/CrashEvidence.h"
+
+#include <windows.h>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "tests/support/Minidump.h"
+#include "tests/support/RegistryKeyScratch.h"
+
+// A crash takes its process with it, so these tests run this program once more, which then crashes.
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr char kFolder[] = "QORLIX_CRASH_FOLDER";
+constexpr char kKind[] = "QORLIX_CRASH_KIND";
+constexpr DWORD kPatienceMs = 60000;
+
+// --- What runs in the process that crashes ---
+
+std::size_t Describe(const platform::Crash& crash, char* text, std::size_t capacity) {
+  return static_cast<std::size_t>(std::snprintf(
+      text, capacity, "code %08lx thread %lu %s process %lu module %s year %u",
+      static_cast<unsigned long>(crash.code), static_cast<unsigned long>(crash.thread),
+      crash.isPreparingThread ? "preparing" : "other", static_cast<unsigned long>(crash.process),
+      crash.module, crash.year));
+}
+
+std::size_t DescribeAndFail(const platform::Crash&, char*, std::size_t) {
+  RaiseException(EXCEPTION_ILLEGAL_INSTRUCTION, 0, 0, nullptr);
+  return 0;
+}
+
+void Fault() {
+  volatile int* volatile nowhere = reinterpret_cast<volatile int*>(0x10);
+  *nowhere = 1;
+}
+
+// Deeper than any stack; the compiler is not to see that it has no end.
+int UseStack(int depth) {
+  volatile char block[4096];
+  block[0] = static_cast<char>(depth);
+  return depth < 0 ? 0 : UseStack(depth + 1) + block[0];
+}
+
+DWORD WINAPI FaultOnThread(void*) {
+  Fault();
+  return 0;
+}
+
+LONG WINAPI GoOn(EXCEPTION_POINTERS*) { return EXCEPTION_CONTINUE_EXECUTION; }
+
+LONG WINAPI EndWith77(EXCEPTION_POINTERS*) { ExitProcess(77); }
+
+[[noreturn]] void CrashAs(const std::string& kind) {
+  if (kind == "goes on") (void)SetUnhandledExceptionFilter(GoOn);
+  if (kind == "ends") (void)SetUnhandledExceptionFilter(EndWith77);
+  const auto describe = kind == "describe" ? DescribeAndFail : Describe;
+  if (!platform::PrepareCrashEvidence(std::getenv(kFolder), "Crash", describe)) std::exit(56);
+  if (kind == "stack") std::exit(UseStack(1));
+  if (kind == "foreign" || kind == "goes on") RaiseException(0xE06D7363, 0, 0, nullptr);
+  if (kind == "thread") {
+    const HANDLE thread = CreateThread(nullptr, 0, FaultOnThread, nullptr, 0, nullptr);
+    (void)WaitForSingleObject(thread, INFINITE);
+  }
+  if (kind == "two") {
+    for (int i = 0; i < 2; ++i) {
+      (void)CloseHandle(CreateThread(nullptr, 0, FaultOnThread, nullptr, 0, nullptr));
+    }
+    Sleep(INFINITE);
+  }
+  if (kind != "goes on") Fault();
+  std::exit(55);
+}
+
+class CrashWhereAsked : public testing::Environment {
+ public:
+  void SetUp() override {
+    const char* const kind = std::getenv(kKind);
+    if (kind != nullptr) CrashAs(kind);
+  }
+};
+
+[[maybe_unused]] const testing::Environment* const g_environment =
+    testing::AddGlobalTestEnvironment(new CrashWhereAsked);
+
+// --- What looks at it ---
+
+class CrashEvidenceTest : public testing::Test {
+ protected:
+  CrashEvidenceTest() : debugger_("SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\AeDebug") {
+    debugger_.SetText("Auto", "1");
+    debugger_.SetText("Debugger", "none");
+    errorMode_ = SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
+    char temporary[MAX_PATH];
+    (void)GetTempPathA(sizeof(temporary), temporary);
+    folder_ = std::string(temporary) + "qorlix_crash_" + std::to_string(GetCurrentProcessId());
+  }
+  ~CrashEvidenceTest() override {
+    (void)SetErrorMode(errorMode_);
+    for (const std::string& name : Names()) (void)DeleteFileA((folder_ + "\\" + name).c_str());
+    (void)RemoveDirectoryA(folder_.c_str());
+  }
+
+  // Lets a process crash. \returns its exit code.
+  DWORD Crash(const std::string& kind) {
+    char program[MAX_PATH];
+    (void)GetModuleFileNameA(nullptr, program, sizeof(program));
+    std::string line = "\"" + std::string(program) + "\"";
+    (void)SetEnvironmentVariableA(kFolder, folder_.c_str());
+    (void)SetEnvironmentVariableA(kKind, kind.c_str());
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION started = {};
+    if (CreateProcessA(program, line.data(), nullptr, nullptr, FALSE, DETACHED_PROCESS, nullptr,
+                       nullptr, &startup, &started) == FALSE) {
+      return 0;
+    }
+    id_ = started.dwProcessId;
+    threadId_ = started.dwThreadId;
+    (void)SetEnvironmentVariableA(kKind, nullptr);
+    DWORD code = 0;
+    EXPECT_EQ(WaitForSingleObject(started.hProcess, kPatienceMs), WAIT_OBJECT_0);
+    (void)GetExitCodeProcess(started.hProcess, &code);
+    (void)TerminateProcess(started.hProcess, 1);
+    (void)CloseHandle(started.hThread);
+    (void)CloseHandle(started.hProcess);
+    return code;
+  }
+
+  std::vector<std::string> Names() const {
+    std::vector<std::string> names;
+    WIN32_FIND_DATAA found;
+    const HANDLE search = FindFirstFileA((folder_ + "\\*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) return names;
+    do {
+      if (found.cFileName[0] != '.') names.push_back(found.cFileName);
+    } while (FindNextFileA(search, &found) != FALSE);
+    (void)FindClose(search);
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+  std::string File(const std::string& name) const {
+    std::ifstream stream(folder_ + "\\" + name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+  }
+
+  // As if the file had been written that many hours after an arbitrary moment.
+  void SetWritten(const std::string& name, std::uint64_t hours) const {
+    const std::uint64_t ticks = 132000000000000000 + hours * 36000000000;
+    const FILETIME time = {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+    const HANDLE file = CreateFileA((folder_ + "\\" + name).c_str(), FILE_WRITE_ATTRIBUTES, 0,
+                                    nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_NE(SetFileTime(file, nullptr, nullptr, &time), FALSE) << name;
+    (void)CloseHandle(file);
+  }
+
+  std::string folder_;
+  DWORD id_ = 0;
+  DWORD threadId_ = 0;
+
+ private:
+  RegistryKeyScratch debugger_;
+  UINT errorMode_ = 0;
+};
+
+TEST_F(CrashEvidenceTest, AnAccessViolationLeavesATextAndADump) {
+  EXPECT_EQ(Crash("fault"), static_cast<DWORD>(STATUS_ACCESS_VIOLATION));
+  EXPECT_THAT(Names(), ElementsAre("Crash-1.dmp", "Crash-1.txt"));
+
+  const std::string text = File("Crash-1.txt");
+  EXPECT_THAT(text, HasSubstr("code c0000005 thread " + std::to_string(threadId_) +
+                              " preparing process " + std::to_string(id_) + " module "));
+  EXPECT_THAT(text, HasSubstr("platform_test.exe year 20"));
+
+  const auto dump = ReadMinidump(File("Crash-1.dmp"));
+  ASSERT_TRUE(dump);
+  EXPECT_EQ(dump->code, static_cast<DWORD>(STATUS_ACCESS_VIOLATION));
+  EXPECT_EQ(dump->thread, threadId_);
+  EXPECT_GE(dump->modules, 3u);
+  EXPECT_TRUE(dump->hasItsStack);
+}
+
+TEST_F(CrashEvidenceTest, AStackOverflowDoesToo) {
+  EXPECT_EQ(Crash("stack"), static_cast<DWORD>(STATUS_STACK_OVERFLOW));
+  EXPECT_THAT(File("Crash-1.txt"), HasSubstr("code c00000fd"));
+  const auto dump = ReadMinidump(File("Crash-1.dmp"));
+  ASSERT_TRUE(dump);
+  EXPECT_EQ(dump->code, static_cast<DWORD>(STATUS_STACK_OVERFLOW));
+  EXPECT_TRUE(dump->hasItsStack);
+}
+
+TEST_F(CrashEvidenceTest, AForeignExceptionDoesToo) {
+  EXPECT_EQ(Crash("foreign"), 0xE06D7363);
+  EXPECT_THAT(File("Crash-1.txt"), HasSubstr("code e06d7363"));
+  EXPECT_TRUE(ReadMinidump(File("Crash-1.dmp")));
+}
+
+TEST_F(CrashEvidenceTest, ACrashOfAnotherThreadIsToldAsSuch) {
+  EXPECT_EQ(Crash("thread"), static_cast<DWORD>(STATUS_ACCESS_VIOLATION));
+  EXPECT_THAT(File("Crash-1.txt"), HasSubstr(" other process "));
+  const auto dump = ReadMinidump(File("Crash-1.dmp"));
+  ASSERT_TRUE(dump);
+  EXPECT_NE(dump->thread, threadId_);
+  EXPECT_EQ(dump->threads, 2u);
+}
+
+TEST_F(CrashEvidenceTest, OfTwoThreadsThatCrashTogetherNoneCutsTheEvidenceShort) {
+  EXPECT_EQ(Crash("two"), static_cast<DWORD>(STATUS_ACCESS_VIOLATION));
+  EXPECT_THAT(Names(), ElementsAre("Crash-1.dmp", "Crash-1.txt"));
+  EXPECT_TRUE(ReadMinidump(File("Crash-1.dmp")));
+}
+
+TEST_F(CrashEvidenceTest, ADescriptionThatFailsCostsTheTextAndNotTheDump) {
+  EXPECT_EQ(Crash("describe"), static_cast<DWORD>(STATUS_ACCESS_VIOLATION));
+  EXPECT_THAT(Names(), ElementsAre("Crash-1.dmp"));
+  EXPECT_TRUE(ReadMinidump(File("Crash-1.dmp")));
+}
+
+TEST_F(CrashEvidenceTest, WhoeverHandledExceptionsBeforeStillDoes) {
+  EXPECT_EQ(Crash("goes on"), 55u);
+  EXPECT_EQ(Crash("ends"), 77u);
+  EXPECT_THAT(Names(), IsEmpty());
+}
+
+TEST_F(CrashEvidenceTest, TheNinthCrashTakesThePlaceOfTheOldest) {
+  for (int i = 1; i <= 8; ++i) {
+    ASSERT_EQ(Crash("fault"), static_cast<DWORD>(STATUS_ACCESS_VIOLATION));
+    const std::string name = "Crash-" + std::to_string(i);
+    ASSERT_TRUE(ReadMinidump(File(name + ".dmp"))) << name;
+    // The fifth is the oldest.
+    SetWritten(name + ".txt", i == 5 ? 0 : static_cast<std::uint64_t>(i));
+    SetWritten(name + ".dmp", i == 5 ? 0 : static_cast<std::uint64_t>(i));
+  }
+  const std::vector<std::string> before = Names();
+  EXPECT_EQ(before.size(), 16u);
+  // What is to be replaced has a second name, by which it must stay as it is.
+  const std::string other = folder_ + "\\other";
+  const bool linked =
+      CreateHardLinkA(other.c_str(), (folder_ + "\\Crash-5.txt").c_str(), nullptr) != FALSE;
+  const std::string old = File("Crash-5.txt");
+  const std::string fourth = File("Crash-4.txt");
+
+  ASSERT_EQ(Crash("foreign"), 0xE06D7363);
+  EXPECT_THAT(File("Crash-5.txt"), HasSubstr("code e06d7363"));
+  const auto dump = ReadMinidump(File("Crash-5.dmp"));
+  ASSERT_TRUE(dump);
+  EXPECT_EQ(dump->code, 0xE06D7363);
+  EXPECT_EQ(File("Crash-4.txt"), fourth);
+  if (linked) {
+    EXPECT_EQ(File("other"), old);
+    (void)DeleteFileA(other.c_str());
+  }
+  EXPECT_EQ(Names(), before);
+}
+
+TEST_F(CrashEvidenceTest, IntoAFolderThatOthersMayWriteToNothingIsWritten) {
+  ASSERT_NE(CreateDirectoryA(folder_.c_str(), nullptr), FALSE);
+  const HANDLE probe = CreateFileA((folder_ + "\\probe").c_str(), GENERIC_WRITE, 0, nullptr,
+                                   CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+  ASSERT_NE(probe, INVALID_HANDLE_VALUE);
+  (void)CloseHandle(probe);
+  // A descriptor without an access list.
+  SECURITY_DESCRIPTOR open;
+  ASSERT_NE(InitializeSecurityDescriptor(&open, SECURITY_DESCRIPTOR_REVISION), FALSE);
+  ASSERT_NE(SetSecurityDescriptorDacl(&open, TRUE, nullptr, FALSE), FALSE);
+  ASSERT_NE(SetFileSecurityA(folder_.c_str(), DACL_SECURITY_INFORMATION, &open), FALSE);
+  EXPECT_EQ(Crash("fault"), static_cast<DWORD>(STATUS_ACCESS_VIOLATION));
+  EXPECT_THAT(Names(), IsEmpty());
+}
+
+}  // namespace

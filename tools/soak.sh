@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# Keeps the server as built busy with a realistic mix of requests, under Wine, and looks whether it
+# grows: the samples go to build/soak.csv, the plot to docs/soak.svg (to build/soak.svg when it is
+# less than a million requests).
+# usage: tools/soak.sh [REQUESTS]     a million unless told
+set -euo pipefail
+cd "$(dirname "$0")/.."
+requests=${1:-1000000}
+[[ $requests =~ ^[0-9]+$ ]] || { sed -n '5s/^# //p' "$0" >&2; exit 2; }
+
+tools/build.sh windows-x86:soak >&2
+code=0
+QORLIX_LANE=soak WINEDEBUG=-all tools/wine-run.sh build/windows-x86/bin/soak.exe \
+  --requests "$requests" --csv "Z:$PWD/build/soak.csv" || code=$?
+plot=docs/soak.svg
+[ "$requests" -ge 1000000 ] || plot=build/soak.svg
+tools/plot_soak.py build/soak.csv "$plot" || code=1
+echo "plot: $plot"
+exit "$code"
