@@ -19,7 +19,7 @@ endmacro()
 qorlix_deliver(QorlixSRV .)
 qorlix_deliver(qorlixctl .)
 install(FILES installer/README.md SECURITY.md CHANGELOG.md DESTINATION .)
-install(DIRECTORY docs/ DESTINATION docs FILES_MATCHING PATTERN "*.md")
+install(DIRECTORY docs/ DESTINATION docs FILES_MATCHING PATTERN "*.md" PATTERN "*.svg")
 
 # For programs that talk to the server: headers, the C++ client as an archive of this tool chain,
 # the C interface as a library for any, and examples.

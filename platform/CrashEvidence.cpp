@@ -5,7 +5,9 @@
 #include <process.h>
 #include <psapi.h>
 
+#include <cstdlib>
 #include <cstring>
+#include <exception>
 
 #include "platform/AdminFolder.h"
 #include "platform/EvidenceSlot.h"
@@ -25,15 +27,20 @@ constexpr DWORD kWriteMs = 20000;
 
 constexpr unsigned kWriterStack = 256 * 1024;
 
+// As the compiler's runtime library numbers its exceptions.
+constexpr DWORD kCppException = 0x20474343;
+
 struct Evidence {
   PathBuffer folder;
   char name[32];
   DescribeCrash describe;
   DWORD preparingThread;
   DWORD writerThread;
+  HANDLE writer;
   HANDLE wanted;
   HANDLE done;
   LPTOP_LEVEL_EXCEPTION_FILTER previous;
+  std::terminate_handler previousTerminate;
 
   // Filled in by the first thread that crashes.
   volatile LONG isTaken;
@@ -171,21 +178,49 @@ unsigned __stdcall Writer(void*) {
   return 0;
 }
 
-LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS* pointers) {
+// Has the evidence written, of the first crash only; later ones wait as well, because the end of
+// their thread would be that of the writer. Nobody waits for a writer that is gone: while a process
+// ends, libraries may still crash.
+void LeaveEvidence(EXCEPTION_POINTERS* pointers, DWORD thread) {
   Evidence& e = g_evidence;
-  // Whoever was asked before this answers as before; if he wants to go on, there is no crash.
-  const LONG answer = e.previous != nullptr ? e.previous(pointers) : EXCEPTION_CONTINUE_SEARCH;
-  const DWORD thread = GetCurrentThreadId();
-  if (answer == EXCEPTION_CONTINUE_EXECUTION || thread == e.writerThread) return answer;
-
   if (InterlockedExchange(&e.isTaken, 1) == 0) {
     e.pointers = pointers;
     e.thread = thread;
     (void)SetEvent(e.wanted);
   }
-  // Also for a second thread that crashes: its end would be that of the writer.
-  (void)WaitForSingleObject(e.done, kWriteMs);
+  const HANDLE ends[] = {e.done, e.writer};
+  (void)WaitForMultipleObjects(2, ends, /*bWaitAll=*/FALSE, kWriteMs);
+}
+
+LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS* pointers) {
+  const Evidence& e = g_evidence;
+  // Whoever was asked before this answers as before; if he wants to go on, there is no crash.
+  const LONG answer = e.previous != nullptr ? e.previous(pointers) : EXCEPTION_CONTINUE_SEARCH;
+  const DWORD thread = GetCurrentThreadId();
+  if (answer != EXCEPTION_CONTINUE_EXECUTION && thread != e.writerThread) {
+    LeaveEvidence(pointers, thread);
+  }
   return answer;
+}
+
+// A C++ exception of our own that nobody catches never comes to the system: the runtime library
+// ends the process instead. The registers are those of whoever has called this.
+[[noreturn]] void OnTerminate() {
+  auto* const frame = static_cast<DWORD*>(__builtin_frame_address(0));
+  CONTEXT context = {};
+  context.ContextFlags = CONTEXT_CONTROL;
+  context.Ebp = frame[0];
+  context.Eip = frame[1];
+  context.Esp = reinterpret_cast<std::uintptr_t>(frame + 2);
+  EXCEPTION_RECORD record = {};
+  record.ExceptionCode = kCppException;
+  record.ExceptionFlags = EXCEPTION_NONCONTINUABLE;
+  record.ExceptionAddress = reinterpret_cast<void*>(context.Eip);
+  EXCEPTION_POINTERS pointers = {&record, &context};
+  const Evidence& e = g_evidence;
+  if (GetCurrentThreadId() != e.writerThread) LeaveEvidence(&pointers, GetCurrentThreadId());
+  if (e.previousTerminate != nullptr) e.previousTerminate();
+  std::abort();
 }
 
 HANDLE MakeEvent() {
@@ -208,13 +243,13 @@ bool PrepareCrashEvidence(const char* folder, const char* name, DescribeCrash de
   if (e.wanted == nullptr || e.done == nullptr) return false;
 
   unsigned id = 0;
-  const auto writer = reinterpret_cast<HANDLE>(
-      _beginthreadex(/*security=*/nullptr, kWriterStack, Writer, /*arglist=*/nullptr,
-                     STACK_SIZE_PARAM_IS_A_RESERVATION, &id));
-  if (writer == nullptr) return false;
-  (void)CloseHandle(writer);
+  e.writer = reinterpret_cast<HANDLE>(_beginthreadex(/*security=*/nullptr, kWriterStack, Writer,
+                                                     /*arglist=*/nullptr,
+                                                     STACK_SIZE_PARAM_IS_A_RESERVATION, &id));
+  if (e.writer == nullptr) return false;
   e.writerThread = id;
   e.previous = SetUnhandledExceptionFilter(OnUnhandledException);
+  e.previousTerminate = std::set_terminate(OnTerminate);
   return true;
 }
 

@@ -31,10 +31,11 @@ using DescribeCrash = std::size_t (*)(const Crash& crash, char* text, std::size_
 /// The text is no longer than this.
 inline constexpr std::size_t kCrashTextSize = 32768;
 
-/// From now on an unhandled exception leaves `<name>-<n>.txt`, with what `describe` says, and a
-/// minidump `<name>-<n>.dmp` in a folder, n from 1 to 8; the oldest ones are replaced. The folder
-/// is made when it is needed, and used only if nobody but administrators can write to it; otherwise
-/// the debugger output says so, and nothing is written.
+/// From now on an unhandled exception, or a C++ one that ends in std::terminate, leaves
+/// `<name>-<n>.txt`, with what `describe` says, and a minidump `<name>-<n>.dmp` in a folder, n from
+/// 1 to 8; the oldest ones are replaced. The folder is made when it is needed, and used only if
+/// nobody but administrators can write to it; otherwise the debugger output says so, and nothing is
+/// written.
 ///
 /// What became of the exception without this becomes of it still, up to 20 s later. Once for a
 /// process; there is no way back.

@@ -3,10 +3,12 @@
 #include <windows.h>
 
 #include <gmock/gmock.h>
+#include <tlhelp32.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -59,6 +61,59 @@ DWORD WINAPI FaultOnThread(void*) {
   return 0;
 }
 
+constexpr char kTooFar[] = "behind the room for a record";
+
+// Libraries whose headers tell of places and sizes that there are not.
+void LieInHeaders() {
+  struct Lie {
+    const char* library;
+    DWORD debugSize;
+    DWORD recordSize;
+    LONG headersAt;  // 0: where they are
+  };
+  for (const Lie& lie :
+       {Lie{"version.dll", 0xFFFFFFFF, 0xFFFFFFFF, 0}, Lie{"lz32.dll", 0xFFFFFFFF, 2048, 0},
+        Lie{"mpr.dll", 28, 0, 0x7FFFFFF0}, Lie{"wsock32.dll", 28, 0, -4}}) {
+    auto* const base = reinterpret_cast<BYTE*>(LoadLibraryA(lie.library));
+    DWORD before = 0;
+    if (base == nullptr || VirtualProtect(base, 4096, PAGE_READWRITE, &before) == FALSE) {
+      std::exit(57);
+    }
+    auto* const dos = reinterpret_cast<IMAGE_DOS_HEADER*>(base);
+    auto* const headers = reinterpret_cast<IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
+    constexpr DWORD kEntryAt = 0xF00;
+    constexpr DWORD kRecordAt = 0x400;
+    auto* const entry = reinterpret_cast<IMAGE_DEBUG_DIRECTORY*>(base + kEntryAt);
+    entry->Type = IMAGE_DEBUG_TYPE_CODEVIEW;
+    entry->SizeOfData = lie.recordSize;
+    entry->AddressOfRawData = kRecordAt;
+    std::memcpy(base + kRecordAt + 1500, kTooFar, sizeof(kTooFar));
+    headers->OptionalHeader.SizeOfImage = 0xFFFFFFFF;
+    headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_DEBUG] = {kEntryAt, lie.debugSize};
+    if (lie.headersAt != 0) dos->e_lfanew = lie.headersAt;
+  }
+}
+
+// Caught by nobody; a function of its own, so that no handler of the tests' framework is near.
+DWORD WINAPI ThrowOnThread(void*) { throw 1; }
+
+// As the end of the process does: libraries that crash then have no other thread beside them.
+void EndOtherThreads() {
+  const HANDLE all = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+  THREADENTRY32 entry = {};
+  entry.dwSize = sizeof(entry);
+  for (BOOL more = Thread32First(all, &entry); more != FALSE; more = Thread32Next(all, &entry)) {
+    if (entry.th32OwnerProcessID != GetCurrentProcessId() ||
+        entry.th32ThreadID == GetCurrentThreadId()) {
+      continue;
+    }
+    const HANDLE thread = OpenThread(THREAD_TERMINATE, FALSE, entry.th32ThreadID);
+    (void)TerminateThread(thread, 0);
+    (void)CloseHandle(thread);
+  }
+  (void)CloseHandle(all);
+}
+
 LONG WINAPI GoOn(EXCEPTION_POINTERS*) { return EXCEPTION_CONTINUE_EXECUTION; }
 
 LONG WINAPI EndWith77(EXCEPTION_POINTERS*) { ExitProcess(77); }
@@ -70,6 +125,12 @@ LONG WINAPI EndWith77(EXCEPTION_POINTERS*) { ExitProcess(77); }
   if (!platform::PrepareCrashEvidence(std::getenv(kFolder), "Crash", describe)) std::exit(56);
   if (kind == "stack") std::exit(UseStack(1));
   if (kind == "foreign" || kind == "goes on") RaiseException(0xE06D7363, 0, 0, nullptr);
+  if (kind == "headers") LieInHeaders();
+  if (kind == "thrown") {
+    const HANDLE thread = CreateThread(nullptr, 0, ThrowOnThread, nullptr, 0, nullptr);
+    (void)WaitForSingleObject(thread, INFINITE);
+  }
+  if (kind == "alone") EndOtherThreads();
   if (kind == "thread") {
     const HANDLE thread = CreateThread(nullptr, 0, FaultOnThread, nullptr, 0, nullptr);
     (void)WaitForSingleObject(thread, INFINITE);
@@ -206,6 +267,37 @@ TEST_F(CrashEvidenceTest, AForeignExceptionDoesToo) {
   EXPECT_EQ(Crash("foreign"), 0xE06D7363);
   EXPECT_THAT(File("Crash-1.txt"), HasSubstr("code e06d7363"));
   EXPECT_TRUE(ReadMinidump(File("Crash-1.dmp")));
+}
+
+TEST_F(CrashEvidenceTest, ACppExceptionThatNobodyCatchesDoesTooAndEndsTheProcessAsEver) {
+  constexpr DWORD kAborted = 3;
+  EXPECT_EQ(Crash("thrown"), kAborted);
+  EXPECT_THAT(File("Crash-1.txt"), HasSubstr("code 20474343"));
+  EXPECT_THAT(File("Crash-1.txt"), HasSubstr("platform_test.exe year 20"));
+  const auto dump = ReadMinidump(File("Crash-1.dmp"));
+  ASSERT_TRUE(dump);
+  EXPECT_EQ(dump->code, 0x20474343u);
+  EXPECT_NE(dump->thread, threadId_);
+  EXPECT_TRUE(dump->hasItsStack);
+}
+
+TEST_F(CrashEvidenceTest, HeadersThatLieCostNoMoreThanTheirOwnModule) {
+  ASSERT_EQ(Crash("fault"), static_cast<DWORD>(STATUS_ACCESS_VIOLATION));
+  ASSERT_EQ(Crash("headers"), static_cast<DWORD>(STATUS_ACCESS_VIOLATION));
+  const auto plain = ReadMinidump(File("Crash-1.dmp"));
+  const auto dump = ReadMinidump(File("Crash-2.dmp"));
+  ASSERT_TRUE(plain);
+  ASSERT_TRUE(dump);
+  EXPECT_TRUE(dump->hasItsStack);
+  EXPECT_GE(dump->modules, plain->modules);
+  EXPECT_EQ(File("Crash-2.dmp").find(kTooFar), std::string::npos);
+}
+
+TEST_F(CrashEvidenceTest, NobodyWaitsForAWriterThatIsGone) {
+  const ULONGLONG start = GetTickCount64();
+  EXPECT_EQ(Crash("alone"), static_cast<DWORD>(STATUS_ACCESS_VIOLATION));
+  EXPECT_LT(GetTickCount64() - start, 10000u);
+  EXPECT_THAT(Names(), IsEmpty());
 }
 
 TEST_F(CrashEvidenceTest, ACrashOfAnotherThreadIsToldAsSuch) {

@@ -21,6 +21,7 @@ constexpr std::size_t kMaxModules = 256;
 constexpr DWORD kMaxStack = 256 * 1024;
 constexpr DWORD kCodeAround = 256;  // bytes on either side of the instruction
 constexpr DWORD kMaxDebugRecord = 1024;
+constexpr DWORD kMaxDebugEntries = 16;
 
 enum Streams { kSystem, kThreads, kModules, kMemory, kException, kMisc, kStreamCount };
 
@@ -154,10 +155,16 @@ MINIDUMP_LOCATION_DESCRIPTOR AddDebugRecord(DumpFile& file, std::uintptr_t base,
       headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_DEBUG];
   const DWORD size = headers.OptionalHeader.SizeOfImage;
   static BYTE record[kMaxDebugRecord];
-  for (DWORD at = 0; directory.VirtualAddress != 0 && at < directory.Size;
-       at += static_cast<DWORD>(sizeof(IMAGE_DEBUG_DIRECTORY))) {
+  if (directory.VirtualAddress == 0) return {};
+  // A damaged header may tell of entries for as long as there is memory.
+  const DWORD told = directory.Size / static_cast<DWORD>(sizeof(IMAGE_DEBUG_DIRECTORY));
+  const DWORD count = told < kMaxDebugEntries ? told : kMaxDebugEntries;
+  for (DWORD i = 0; i < count; ++i) {
     IMAGE_DEBUG_DIRECTORY entry = {};
-    if (!ReadOwnMemory(base + directory.VirtualAddress + at, &entry, sizeof(entry))) break;
+    if (!ReadOwnMemory(base + directory.VirtualAddress + i * sizeof(entry), &entry,
+                       sizeof(entry))) {
+      break;
+    }
     if (entry.Type != IMAGE_DEBUG_TYPE_CODEVIEW || entry.AddressOfRawData >= size ||
         entry.SizeOfData > sizeof(record) ||
         !ReadOwnMemory(base + entry.AddressOfRawData, record, entry.SizeOfData)) {
@@ -179,8 +186,9 @@ void AddModule(DumpFile& file, std::uintptr_t base) {
   }
   // The loader would know a shorter name, and its lock may never be free again.
   static wchar_t name[MAX_PATH];
-  const DWORD length = K32GetMappedFileNameW(GetCurrentProcess(), reinterpret_cast<void*>(base),
-                                             name, sizeof(name) / sizeof(name[0]));
+  DWORD length =
+      K32GetMappedFileNameW(GetCurrentProcess(), reinterpret_cast<void*>(base), name, MAX_PATH);
+  if (length > MAX_PATH) length = 0;
   MINIDUMP_MODULE& module = g_lists.modules[g_lists.moduleCount++];
   module = {};
   module.BaseOfImage = base;

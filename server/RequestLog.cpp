@@ -39,6 +39,12 @@ bool Read(std::uint32_t number, Record& record) {
   return slot.number.load(std::memory_order_relaxed) == number;
 }
 
+// The one before it has ended last. That its end has not come would also be so behind a later
+// one's.
+bool IsBeingServed(std::uint32_t number) {
+  return g_ended.load(std::memory_order_acquire) == number - 1;
+}
+
 }  // namespace
 
 void Reset() {
@@ -69,14 +75,14 @@ void End(std::uint32_t result) {
 
 bool BeingServed(Record& record) {
   const std::uint32_t number = g_begun.load(std::memory_order_acquire);
-  if (g_ended.load(std::memory_order_acquire) == number || !Read(number, record)) return false;
-  record.beingServed = g_ended.load(std::memory_order_acquire) != number;
+  if (!IsBeingServed(number) || !Read(number, record)) return false;
+  record.beingServed = IsBeingServed(number);
   return record.beingServed;
 }
 
 std::uint32_t Latest(Record (&records)[kRecords]) {
   const std::uint32_t last = g_begun.load(std::memory_order_acquire);
-  const bool serving = g_ended.load(std::memory_order_acquire) != last;
+  const bool serving = IsBeingServed(last);
   std::uint32_t count = 0;
   for (std::uint32_t back = kRecords; back-- > 0;) {
     if (Read(last - back, records[count])) ++count;

@@ -24,7 +24,7 @@ struct Record {
   bool beingServed = false;
 };
 
-/// Forgets everything. For a server that begins; nobody may read meanwhile.
+/// Forgets everything. For a server that begins; who reads meanwhile may see part of it.
 void Reset();
 
 /// A request goes to its handler. Loop thread only.

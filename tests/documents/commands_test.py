@@ -48,7 +48,6 @@ class CommandsTest(unittest.TestCase):
     def run_page(self, page: pages.Page) -> None:
         if not any(block.kind in pages.COMMANDS for block in page.blocks):
             return
-        self.machine.start_wine()
         seen = collections.Counter()  # blocks of each section
         for block in page.blocks:
             started = time.monotonic()

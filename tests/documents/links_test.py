@@ -10,7 +10,7 @@ sys.dont_write_bytecode = True
 import pages  # noqa: E402
 
 # A line of a block that nobody would run unless it says so.
-COMMAND = re.compile(r"\s*(\$ |> |PS> |\./|tools/|bench/|build/|qorlixctl |QorlixSRV\.exe|cmake |"
+COMMAND = re.compile(r"\s*(\$ |> \S|PS> |\./|tools/|bench/|build/|qorlixctl |QorlixSRV\.exe|cmake |"
                      r"ctest |wine |git |export |set [A-Z]|i686-|lib /|cl /|cp |mkdir |\. tools|QORLIX_)")
 FOLDERS = sorted(path.name for path in pages.ROOT.iterdir()
                  if path.is_dir() and not path.name.startswith(".") and path.name != "build")

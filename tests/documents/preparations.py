@@ -59,6 +59,7 @@ def demo_device(machine) -> None:
 
 
 def operations_doctor(machine) -> None:
+    machine.no_key(GATE)  # with the strict profile that the page has switched on
     machine.value(DEVICES + "\\DEMO1", "Installer", "..\\sampledev.dll,SampleInstall")
 
 
@@ -219,9 +220,16 @@ def nothing_is_installed(machine) -> str:
     return ", ".join(left)
 
 
+def wine_goes_on(machine) -> str:
+    """The page has stopped it, and for one program after the other it starts slowly."""
+    machine.start_wine()
+    return ""
+
+
 AFTER = {
     "docs/client.md": [hello_says_what_it_reads],
     "docs/operations.md": [nothing_is_installed],
+    "docs/testing.md": [wine_goes_on],
     "docs/trace.md": [a_report_was_made],
     "standins/README.md": [the_panel_was_scripted],
     "standins/boardsvc32/README.md": [the_simulator_has_logged],

@@ -23,28 +23,55 @@ def help_names(match: re.Match) -> str:
     return f"tools/ctl help {words[0]} > listed 2>&1{options}"
 
 
+def options_exist(words: str, files: str) -> str:
+    """Every option among the words is one for the script or the program's sources."""
+    return " && ".join(["true"] + [f"grep -hv '^ *\\(#\\|//\\)' {files} | grep -q -e '{word}[\") ]'"
+                                   for word in words.split() if word.startswith("--")])
+
+
+LONG_RUNS = {"fuzz": "true", "hostile": targets("windows-x86", "hostile_suite,e2e_grammar_test"),
+             "soak": targets("windows-x86", "soak"), "coverage": "true"}
+
+
+def long_run(match: re.Match) -> str:
+    """The script, its options, the programs that it builds; what begins with a capital is a fuzzer."""
+    script, words = f"tools/{match[1]}.sh", match[2]
+    fuzzers = " && ".join(["true"] + [
+        f"test -d fuzz/corpus/{word} && " + targets("native-asan", word + "Fuzzer")
+        for word in words.split() if word[0].isupper()])
+    return (f"bash -n {script} && test -x {script} && {options_exist(words, script)} && "
+            f"{LONG_RUNS[match[1]]} && {fuzzers}")
+
+
 RULES = [
     # (command, why it is not run, what is run instead)
     (r"\./test", "this is a part of it", lambda _: "bash -n test && test -x test"),
     (r"\./run", "sets up and builds, which is done when this runs; what it does then is run",
      lambda _: "test -x run && grep -q '^tools/tour.sh ' run && tools/tour.sh --serve"),
-    (r"tools/build\.sh ([\w-]+)(?::(\S+))?", "builds, beside the other tests of the same build",
-     lambda m: targets(m[1], m[2] or "")),
+    (r"tools/build\.sh((?: [\w-]+(?::\S+)?)+)", "builds, beside the other tests of the same build",
+     lambda m: " && ".join(targets(*job.partition(":")[::2]) for job in m[1].split())),
     (r"cmake --preset ([\w-]+)", "configures what the other tests are run from",
      lambda m: targets(m[1], "")),
     (r"cmake --build --preset ([\w-]+) --target (\w+)", "builds, as above",
      lambda m: targets(m[1], m[2])),
     (r"ctest .*", "runs tests that run beside this one: they are listed",
      lambda m: f"{m[0]} -N > listed && ! grep -q 'Total Tests: 0' listed"),
+    (r"tools/(fuzz|hostile|soak|coverage)\.sh\b(.*)", "builds, and runs for minutes", long_run),
+    (r"tools/wine-run\.sh build/windows-x86/bin/(pipeload|codec_bench)\.exe(.*)",
+     "takes a while, and a quiet machine", lambda m:
+     f"{targets('windows-x86', m[1])} && {options_exist(m[2], 'bench/*.cpp')}"),
+    (r"bench/count-requests\.sh( --trace)? (\S+)", "e2e_count_test does it, beside this one", lambda m:
+     f"test -x bench/count-requests.sh && test -d {m[2]} && "
+     + options_exist(m[1] or "", "bench/count-requests.sh")),
     (r".*(tools/wine-run\.sh|build/native-asan/bin/\w+_test).*",
      "a program of tests that CTest runs: its tests are listed",
-     lambda m: m[0].replace("QORLIX_DISPLAY=1 ", "") +
+     lambda m: re.sub(r"^(QORLIX_\w+=\w+ )+", "", m[0]) +
      " --gtest_list_tests > listed 2>&1 && grep -q '^  ' listed"),
     (r"tools/run_tests\.py (\S+)", "runs what runs this", lambda m:
      f"tools/run_tests.py --help >/dev/null && test -e {m[1]}/CTestTestfile.cmake"),
     (r"tools/check_\w+\.\w+.*", "a check that ./test makes by itself",
      lambda m: part_of_test(m[0]) + f" && test -x {m[0].split()[0]}"),
-    (r"build/native-asan/bin/(\w+Fuzzer) .*", "fuzzers are not part of the ordinary build",
+    (r"build/native-asan/bin/(\w+Fuzzer) .*", "is about an input that fails, and there is none",
      lambda m: targets("native-asan", m[1])),
     (r"bench/run\.sh *(--\w+)? *(\S+)?", "takes minutes, and a quiet machine", lambda m:
      f"test -x bench/run.sh && grep -q -e '    {m[1] or '--quick'})' bench/run.sh"
