@@ -26,8 +26,10 @@ LONG WINAPI FilterAndDump(EXCEPTION_POINTERS* pointers) {
 }
 
 LPTOP_LEVEL_EXCEPTION_FILTER WINAPI SetFilter(LPTOP_LEVEL_EXCEPTION_FILTER filter) {
+  const LPTOP_LEVEL_EXCEPTION_FILTER before = g_filter;
   g_filter = filter;
-  return g_setReally(FilterAndDump);
+  (void)g_setReally(FilterAndDump);
+  return before;
 }
 
 [[noreturn]] void DumpAndAbort() {
@@ -37,10 +39,11 @@ LPTOP_LEVEL_EXCEPTION_FILTER WINAPI SetFilter(LPTOP_LEVEL_EXCEPTION_FILTER filte
 
 struct Flusher {
   Flusher() {
+#ifdef QORLIX_COVERAGE_ASKED
     ask_ = Event(coverage::kAskPrefix);
     done_ = Event(coverage::kDonePrefix);
     thread_ = CreateThread(nullptr, 0, &Run, this, 0, nullptr);
-
+#endif
     DWORD before = 0;
     (void)VirtualProtect(&g_setFilter, sizeof(g_setFilter), PAGE_READWRITE, &before);
     g_setReally = g_setFilter;
@@ -62,9 +65,9 @@ struct Flusher {
     return 0;
   }
 
-  HANDLE ask_;
-  HANDLE done_;
-  HANDLE thread_;
+  HANDLE ask_ = nullptr;
+  HANDLE done_ = nullptr;
+  HANDLE thread_ = nullptr;
 };
 
 const Flusher g_flusher;
