@@ -1,5 +1,5 @@
-// A build that counts lines has no sanitizer. Tests that ask one for leaks or for the last word find
-// these, which have nothing to say.
+// A build that counts lines has no sanitizer. Tests that ask one for leaks or for the last word
+// find these, which have nothing to say.
 
 extern "C" {
 
