@@ -1,3 +1,4 @@
+#include <cstddef>
 #include <cstring>
 #include <future>
 #include <memory>
@@ -5,6 +6,28 @@
 #include <thread>
 
 #include "actions/SilentRestartFixture.h"
+#include "platform/SystemPath.h"
+
+namespace {
+
+// Blocks of one text that there is still memory for, in this thread; negative for no end of them.
+thread_local int g_textsLeft = -1;
+
+}  // namespace
+
+extern "C" {
+
+void* __real_calloc(std::size_t count, std::size_t size);
+
+void* __wrap_calloc(std::size_t count, std::size_t size) {
+  if (g_textsLeft >= 0 && count == platform::kMaxPath) {
+    if (g_textsLeft == 0) return nullptr;
+    --g_textsLeft;
+  }
+  return __real_calloc(count, size);
+}
+
+}  // extern "C"
 
 namespace {
 
@@ -273,6 +296,18 @@ TEST_F(SilentRestartTest, AResultIsAskedForByAnyNameThatFitsARequest) {
 }
 
 // --- Workers ---
+
+TEST_F(SilentRestartTest, WithoutMemoryForEitherTextItIs8602AndNothingIsStarted) {
+  OfferEvent("e");
+  for (const int left : {0, 1}) {
+    g_textsLeft = left;
+    const SrvResult result = Do(kRestart, Request("e"));
+    g_textsLeft = -1;
+    EXPECT_EQ(result, BUFFER_OVERFLOW) << left;
+    fake_worker_thread::JoinAll();
+    EXPECT_THAT(Calls(), IsEmpty()) << left;
+  }
+}
 
 TEST_F(SilentRestartTest, WithoutAThreadItIs8602AndNothingIsFiled) {
   fake_worker_thread::Refuse();

@@ -8,6 +8,10 @@
 # tools/check_includes.py holds their order. A native program links the archive together with
 # tests/fakes, which stand in for the WIN32 files.
 add_library(qorlix_core STATIC)
+if(QORLIX_COVERAGE)
+  # Programs of one build write into the same counters, and the server has threads.
+  target_compile_options(qorlix_core PRIVATE --coverage -fprofile-update=atomic)
+endif()
 # The fuzzers of fuzz/ link what the tests link, so the archive tells them which of its branches an
 # input reaches; other programs do not listen.
 if(QORLIX_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")

@@ -8,6 +8,8 @@
 #include <fstream>
 #include <string>
 
+#include "tests/support/BrokenFunction.h"
+
 namespace platform {
 namespace {
 
@@ -149,6 +151,11 @@ TEST_F(PrepareAdminFolderTest, ALinkIsRefusedWhereverItLeads) {
   }
   (void)RemoveDirectoryA(target.c_str());
   if (!linked) GTEST_SKIP() << "this system makes no links";
+}
+
+TEST_F(PrepareAdminFolderTest, AFolderThatTellsNothingAboutItselfIsRefused) {
+  const BrokenFunction broken("kernel32.dll", "GetFileInformationByHandle", FALSE, 8);
+  EXPECT_STREQ(PrepareAdminFolder(path_.c_str()), "it cannot be opened");
 }
 
 TEST_F(PrepareAdminFolderTest, AFolderInNoFolderCannotBeMade) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/WorkerThread.h"
+#include "tests/support/BrokenFunction.h"
 
 // What only the platform's own threads show.
 
@@ -65,6 +66,27 @@ TEST(WorkerThreadWinTest, NoneIsStartedThatWouldTakeTheLastRoom) {
   const ULONGLONG end = GetTickCount64() + kPatienceMs;
   while (count == 0 && GetTickCount64() < end) Sleep(1);
   EXPECT_EQ(count, 1);
+}
+
+// Says whether it has run, and that it is gone.
+class Trail final : public platform::Work {
+ public:
+  Trail(bool& hasRun, bool& isGone) : hasRun_(hasRun), isGone_(isGone) {}
+  ~Trail() override { isGone_ = true; }
+  void Run() override { hasRun_ = true; }
+
+ private:
+  bool& hasRun_;
+  bool& isGone_;
+};
+
+TEST(WorkerThreadWinTest, WorkThatGetsNoThreadIsDestroyedUnrun) {
+  const BrokenFunction broken("msvcrt.dll", "_beginthreadex", 0, 0);
+  bool hasRun = false;
+  bool isGone = false;
+  EXPECT_FALSE(platform::StartWorker(std::make_unique<Trail>(hasRun, isGone)));
+  EXPECT_FALSE(hasRun);
+  EXPECT_TRUE(isGone);
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "tests/fakes/trace/FakeTrace.h"
 #include "tests/support/LoopFixture.h"
 #include "trace/Zqotrc.h"
@@ -126,6 +128,24 @@ TEST_F(ServerLoopTest, APendingWriteThatIsShortOrFailsReconnects) {
   Run();
   EXPECT_EQ(Count("disconnect 5"), 1);
   EXPECT_EQ(Count("disconnect 6"), 1);
+}
+
+// The block of an outstanding write is free before the connect gets it.
+TEST_F(ServerLoopTest, AClientThatIsDroppedTakesItsOutstandingWriteAlong) {
+  Script(Op::Write, 5, kPending);
+  ClientSends(5, "1000");
+  OnWait([this] {
+    srv_.DisconnectAndReconnect(5);
+    fake_pipe_io::Complete(5);
+  });
+  OnWait([] { CompleteRead(5, Wire("1000")); });
+  Run();
+  const std::vector<std::string>& calls = fake_pipe_io::Calls();
+  const auto at = std::find(calls.begin(), calls.end(), "abandon 5");
+  ASSERT_GE(calls.end() - at, 3);
+  EXPECT_THAT(std::vector<std::string>(at, at + 3),
+              testing::ElementsAre("abandon 5", "disconnect 5", "connect 5"));
+  EXPECT_EQ(Written(5), kDone) << "of the second client";
 }
 
 TEST_F(ServerLoopTest, AFailedPendingConnectEndsTheLoop) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "server/SecurityPlan.h"
+#include "tests/support/BrokenFunction.h"
 
 namespace {
 
@@ -115,6 +116,35 @@ TEST(SrvSecurityTest, APipeTakesTheDescriptor) {
                                        PIPE_TYPE_BYTE, 1, 64, 64, 0, security.Attributes());
   EXPECT_NE(pipe, INVALID_HANDLE_VALUE);
   (void)CloseHandle(pipe);
+}
+
+// --- Failures ---
+
+TEST(SrvSecurityTest, WithoutItsSidsNothingIsBuiltAndTheErrorIsTheirs) {
+  const BrokenFunction broken("advapi32.dll", "CreateWellKnownSid", FALSE, 16);
+  SrvSecurity security;
+  SetLastError(ERROR_INVALID_SID);
+  EXPECT_FALSE(security.Build(kPipeClientRights, kModeCurrentUser));
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_SID));
+  EXPECT_EQ(security.Attributes()->lpSecurityDescriptor, nullptr);
+}
+
+// The default descriptor of the system it is then.
+TEST(SrvSecurityTest, ADescriptorThatCannotBeBuiltIsNone) {
+  struct Step {
+    const char* function;
+    std::uint32_t result;
+    std::uint8_t argumentBytes;
+  };
+  for (const Step& step : {Step{"SetEntriesInAclA", ERROR_NOT_ENOUGH_MEMORY, 16},
+                           Step{"InitializeSecurityDescriptor", FALSE, 8},
+                           Step{"SetSecurityDescriptorDacl", FALSE, 16}}) {
+    const BrokenFunction broken("advapi32.dll", step.function, step.result, step.argumentBytes);
+    SrvSecurity security;
+    EXPECT_TRUE(security.Build(kPipeClientRights, kModeCurrentUser)) << step.function;
+    EXPECT_EQ(security.Attributes()->lpSecurityDescriptor, nullptr) << step.function;
+    EXPECT_EQ(security.Attributes()->nLength, sizeof(SECURITY_ATTRIBUTES)) << step.function;
+  }
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "tests/support/BrokenFunction.h"
 #include "timer/ElapsedTimer.h"
 
 // The real mutex and the real clock, seen from this process and from another one.
@@ -98,6 +99,18 @@ TEST(ElapsedTimerWinTest, TheMutexHasTheAccessListThatItWasGiven) {
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED));
   }
   (void)LocalFree(onlyWait.lpSecurityDescriptor);
+}
+
+TEST(ElapsedTimerWinTest, WithoutAThreadItDoesNotStartAndTakesTheMutexAway) {
+  CElapsedTimer timer(nullptr);
+  {
+    const BrokenFunction broken("msvcrt.dll", "_beginthreadex", 0, 0);
+    EXPECT_EQ(timer.start(0), -1);
+    EXPECT_FALSE(IsAdvertised());
+    EXPECT_EQ(timer.stop(), -1);
+  }
+  EXPECT_EQ(timer.start(0), 0) << "the next start finds a thread";
+  EXPECT_TRUE(IsAdvertised());
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "tests/support/BrokenFunction.h"
 #include "trace/TraceRing.h"
 #include "trace/TraceShared.h"
 #include "trace/TraceWinFixture.h"
@@ -46,6 +47,25 @@ class TraceSharedWinTest : public TraceWinFixture {
 };
 
 // --- The generation counter ---
+
+TEST_F(TraceSharedWinTest, WithoutItsAccessListTheCounterIsNotMadeForEverybody) {
+  struct Step {
+    const char* function;
+    std::uint32_t result;
+    std::uint8_t argumentBytes;
+  };
+  for (const Step& step : {Step{"CreateWellKnownSid", FALSE, 16},
+                           Step{"SetEntriesInAclA", ERROR_NOT_ENOUGH_MEMORY, 16},
+                           Step{"InitializeSecurityDescriptor", FALSE, 8},
+                           Step{"SetSecurityDescriptorDacl", FALSE, 16}}) {
+    const BrokenFunction broken("advapi32.dll", step.function, step.result, step.argumentBytes);
+    std::uint32_t error = 0;
+    EXPECT_EQ(zqotrc::OpenGeneration(error), nullptr) << step.function;
+    // Where the broken function leaves no error, there is still that of the search for another's.
+    EXPECT_EQ(error, step.result != 0 ? step.result : ERROR_FILE_NOT_FOUND) << step.function;
+    EXPECT_EQ(OpenFileMappingA(FILE_MAP_WRITE, FALSE, kGeneration), nullptr) << step.function;
+  }
+}
 
 TEST_F(TraceSharedWinTest, TheCounterMayBeWrittenByWhoeverIsLoggedOnAndNothingElse) {
   Initialise();

@@ -9,6 +9,12 @@
 #include <algorithm>
 #include <cstring>
 
+#include "tests/support/BrokenFunction.h"
+
+#ifdef QORLIX_COVERAGE
+#include "tests/coverage/FlushOnDemand.h"
+#endif
+
 namespace e2e {
 namespace {
 
@@ -164,25 +170,24 @@ testing::AssertionResult ServerProcess::StartWith(const Failure& failure) {
   return result;
 }
 
-// Writes `mov eax, result` and `ret argumentBytes` over the beginning of the function, which lies
-// where it lies in this process, or the test says so.
+// Writes over the beginning of the function, which lies where it lies in this process, or the test
+// says so.
 testing::AssertionResult ServerProcess::Break(const Failure& failure) {
   void* const at =
       reinterpret_cast<void*>(GetProcAddress(LoadLibraryA(failure.library), failure.function));
-  std::uint8_t there[8] = {};
-  std::uint8_t code[8] = {0xB8, 0, 0, 0, 0, 0xC2, failure.argumentBytes, 0};
-  std::memcpy(code + 1, &failure.result, sizeof(failure.result));
+  const auto code = FailingCode(failure.result, failure.argumentBytes);
+  std::uint8_t there[code.size()] = {};
   SIZE_T count = 0;
   DWORD protection = 0;
   if (at == nullptr || ReadProcessMemory(process_, at, there, sizeof(there), &count) == FALSE ||
       std::memcmp(there, at, sizeof(there)) != 0) {
     return testing::AssertionFailure() << failure.function << " lies elsewhere";
   }
-  if (VirtualProtectEx(process_, at, sizeof(code), PAGE_EXECUTE_READWRITE, &protection) == FALSE ||
-      WriteProcessMemory(process_, at, code, sizeof(code), &count) == FALSE) {
+  if (VirtualProtectEx(process_, at, code.size(), PAGE_EXECUTE_READWRITE, &protection) == FALSE ||
+      WriteProcessMemory(process_, at, code.data(), code.size(), &count) == FALSE) {
     return testing::AssertionFailure() << failure.function << ": error " << GetLastError();
   }
-  FlushInstructionCache(process_, at, sizeof(code));
+  FlushInstructionCache(process_, at, code.size());
   return testing::AssertionSuccess();
 }
 
@@ -232,6 +237,9 @@ std::optional<std::uint32_t> ServerProcess::ExitCode(std::uint32_t milliseconds)
 void ServerProcess::Kill() {
   if (process_ == nullptr) return;
   if (IsRunning()) {
+#ifdef QORLIX_COVERAGE
+    coverage::Flush(id_);
+#endif
     TerminateProcess(process_, kKilled);
     WaitForSingleObject(process_, kStartMs);
   }
