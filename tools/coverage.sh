@@ -12,17 +12,13 @@ case ${1:-} in
   "" | --report) ;;
   *) echo "usage: tools/coverage.sh [--report]" >&2; exit 2 ;;
 esac
-command -v gcovr >/dev/null || {
-  echo "coverage: gcovr is missing; install it (Debian: apt-get install gcovr)" >&2
-  exit 1
-}
 
 out=build/coverage
 folders='(platform|trace|codec|registry|board|actions|maintenance|timer|server)'
 mkdir -p "$out"
 
+tools/setup.sh
 if [ "${1:-}" != --report ]; then
-  tools/setup.sh
   tools/build.sh native-coverage windows-x86-coverage
   find build/native-coverage build/windows-x86-coverage -name '*.gcda' -delete
 
