@@ -62,18 +62,25 @@ DWORD WINAPI FaultOnThread(void*) {
 }
 
 constexpr char kTooFar[] = "behind the room for a record";
+constexpr char kRecord[] = "by which a debugger finds the symbols";
 
 // Libraries whose headers tell of places and sizes that there are not.
 void LieInHeaders() {
+  constexpr DWORD kEntryAt = 0xF00;
   struct Lie {
     const char* library;
+    DWORD debugAt;
     DWORD debugSize;
     DWORD recordSize;
     LONG headersAt;  // 0: where they are
   };
+  // The last one tells the truth.
   for (const Lie& lie :
-       {Lie{"version.dll", 0xFFFFFFFF, 0xFFFFFFFF, 0}, Lie{"lz32.dll", 0xFFFFFFFF, 2048, 0},
-        Lie{"mpr.dll", 28, 0, 0x7FFFFFF0}, Lie{"wsock32.dll", 28, 0, -4}}) {
+       {Lie{"version.dll", kEntryAt, 0xFFFFFFFF, 0xFFFFFFFF, 0},
+        Lie{"lz32.dll", kEntryAt, 0xFFFFFFFF, 2048, 0}, Lie{"mpr.dll", kEntryAt, 28, 0, 0x7FFFFFF0},
+        Lie{"wsock32.dll", kEntryAt, 28, 0, -4},
+        Lie{"msimg32.dll", 0x7FF00000, 28, sizeof(kRecord), 0},
+        Lie{"cabinet.dll", kEntryAt, 28, sizeof(kRecord), 0}}) {
     auto* const base = reinterpret_cast<BYTE*>(LoadLibraryA(lie.library));
     DWORD before = 0;
     if (base == nullptr || VirtualProtect(base, 4096, PAGE_READWRITE, &before) == FALSE) {
@@ -81,15 +88,16 @@ void LieInHeaders() {
     }
     auto* const dos = reinterpret_cast<IMAGE_DOS_HEADER*>(base);
     auto* const headers = reinterpret_cast<IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
-    constexpr DWORD kEntryAt = 0xF00;
     constexpr DWORD kRecordAt = 0x400;
     auto* const entry = reinterpret_cast<IMAGE_DEBUG_DIRECTORY*>(base + kEntryAt);
     entry->Type = IMAGE_DEBUG_TYPE_CODEVIEW;
     entry->SizeOfData = lie.recordSize;
     entry->AddressOfRawData = kRecordAt;
+    std::memcpy(base + kRecordAt, kRecord, sizeof(kRecord));
     std::memcpy(base + kRecordAt + 1500, kTooFar, sizeof(kTooFar));
     headers->OptionalHeader.SizeOfImage = 0xFFFFFFFF;
-    headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_DEBUG] = {kEntryAt, lie.debugSize};
+    headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_DEBUG] = {lie.debugAt,
+                                                                          lie.debugSize};
     if (lie.headersAt != 0) dos->e_lfanew = lie.headersAt;
   }
 }
@@ -291,6 +299,7 @@ TEST_F(CrashEvidenceTest, HeadersThatLieCostNoMoreThanTheirOwnModule) {
   EXPECT_TRUE(dump->hasItsStack);
   EXPECT_GE(dump->modules, plain->modules);
   EXPECT_EQ(File("Crash-2.dmp").find(kTooFar), std::string::npos);
+  EXPECT_NE(File("Crash-2.dmp").find(std::string(kRecord, sizeof(kRecord))), std::string::npos);
 }
 
 TEST_F(CrashEvidenceTest, NobodyWaitsForAWriterThatIsGone) {
