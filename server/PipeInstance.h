@@ -43,8 +43,8 @@ struct PipeInstance {
   std::uint32_t cbWriteNext;
   /// 1 when no connect could be started on the handle; the loop tries again after a while.
   std::uint32_t fConnectFailed;
-  /// The process that opened the pipe, 0 when the system does not tell; kClientNotAsked until the
-  /// first request of a connection.
+  /// The process that opened the pipe, 0 when the system does not tell; kClientNotAsked until
+  /// another client is there too, or the first request.
   std::uint32_t clientProcess;
 };
 

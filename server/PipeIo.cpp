@@ -85,6 +85,11 @@ bool IsComplete(const OVERLAPPED& overlapped) {
   return status != static_cast<ULONG_PTR>(STATUS_PENDING);
 }
 
+bool HasTransferred(const OVERLAPPED& overlapped) {
+  const volatile OVERLAPPED& block = overlapped;
+  return block.Internal == ERROR_SUCCESS && block.InternalHigh != 0;
+}
+
 void Abandon(HANDLE pipe, OVERLAPPED& overlapped) {
   (void)CancelIoEx(pipe, &overlapped);
   DWORD count = 0;

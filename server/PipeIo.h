@@ -36,6 +36,8 @@ Outcome Completion(HANDLE pipe, OVERLAPPED& overlapped);
 
 /// Whether the overlapped operation is through, by a look at memory alone.
 bool IsComplete(const OVERLAPPED& overlapped);
+/// Whether the operation, which is complete, went well and moved bytes. In the same way.
+bool HasTransferred(const OVERLAPPED& overlapped);
 
 /// Cancels an operation that is still outstanding and waits until its overlapped block is free.
 void Abandon(HANDLE pipe, OVERLAPPED& overlapped);

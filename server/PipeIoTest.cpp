@@ -102,6 +102,7 @@ TEST_F(PipeIoTest, ARequestAndItsReply) {
   ASSERT_TRUE(WriteFile(client_, "abc", 3, &count, nullptr));
   ASSERT_EQ(pipe_io::WaitAny(&event_, 1, 5000, error_), 0u);
   EXPECT_TRUE(pipe_io::IsComplete(overlapped_));
+  EXPECT_TRUE(pipe_io::HasTransferred(overlapped_));
   const pipe_io::Outcome done = pipe_io::Completion(pipe_, overlapped_);
   EXPECT_TRUE(done.success);
   EXPECT_EQ(done.count, 3u);
@@ -121,6 +122,7 @@ TEST_F(PipeIoTest, AReadThatIsAbandonedIsThroughAndGetsNothingMore) {
             static_cast<std::uint32_t>(ERROR_IO_PENDING));
   pipe_io::Abandon(pipe_, overlapped_);
   ASSERT_TRUE(pipe_io::IsComplete(overlapped_));
+  EXPECT_FALSE(pipe_io::HasTransferred(overlapped_));
   const pipe_io::Outcome outcome = pipe_io::Completion(pipe_, overlapped_);
   EXPECT_FALSE(outcome.success);
   EXPECT_EQ(outcome.error, static_cast<std::uint32_t>(ERROR_OPERATION_ABORTED));
@@ -129,6 +131,18 @@ TEST_F(PipeIoTest, AReadThatIsAbandonedIsThroughAndGetsNothingMore) {
   ASSERT_TRUE(WriteFile(client_, "abc", 3, &count, nullptr));
   Sleep(50);
   EXPECT_STREQ(request, "");
+}
+
+TEST_F(PipeIoTest, AReadWhoseClientHasGoneIsThroughAndHasTransferredNothing) {
+  Connect();
+  EXPECT_FALSE(pipe_io::HasTransferred(overlapped_)) << "a client who came";
+  char request[8] = {};
+  ASSERT_EQ(pipe_io::Read(pipe_, request, sizeof(request), overlapped_).error,
+            static_cast<std::uint32_t>(ERROR_IO_PENDING));
+  CloseClient();
+  ASSERT_EQ(pipe_io::WaitAny(&event_, 1, 5000, error_), 0u);
+  EXPECT_TRUE(pipe_io::IsComplete(overlapped_));
+  EXPECT_FALSE(pipe_io::HasTransferred(overlapped_));
 }
 
 TEST_F(PipeIoTest, WhatIsThroughIsAbandonedAtOnce) {

@@ -7,6 +7,7 @@
 #include "platform/WinTypes.h"
 #include "server/PipeInstance.h"
 #include "server/SrvResult.h"
+#include "server/TurnOrder.h"
 
 class RestartResults;
 
@@ -288,6 +289,8 @@ class CQorlixSRVPipe {
   void ServeRequest(int conId);
   void Dispatch(int conId, SrvResult& lResult, SrvResult& sendResult);
   std::uint32_t NextInstance();
+  std::uint32_t ClientOf(int conId);
+  void LearnClients(int conId);
   void BeginConnect(int conId);
   void RetryFailedConnects();
   bool BuildPool();
@@ -295,7 +298,7 @@ class CQorlixSRVPipe {
   bool AllClosed() const;
 
   SECURITY_ATTRIBUTES* const pipeSecurity_;
-  std::uint32_t lastServed_ = kPipeInstances - 1;
+  TurnOrder turns_;
   std::uint32_t connectError_ = 0;  // of the last ConnectToNewClient; 0 when it went well
   std::uint32_t waitError_ = 0;     // of the last wait
   std::uint32_t passesWithoutWait_ = 0;

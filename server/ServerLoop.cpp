@@ -22,28 +22,30 @@ constexpr std::uint32_t kFailedConnectWaitMs = 100;
 // its next request ready must not keep all others from being seen.
 constexpr std::uint32_t kPassesWithoutWait = 2 * kPipeInstances;
 
-// Whether the next pass can serve the instance without a wait. A wait would report it then: every
+using Due = TurnOrder::Due;
+
+// What the next pass can do for the instance without a wait. A wait would report it then: every
 // operation that completes signals the event, and whoever leaves an instance without one does.
-bool IsDue(const PipeInstance& pipe) {
-  if (pipe.fPendingIO != 0) return pipe_io::IsComplete(pipe.overlapped);
-  return pipe.fConnectFailed == 0 && pipe.hPipe != nullptr;
-}
-
-// Asked once for each connection: it is a call of the system, and a request is not to cost one
-// more.
-std::uint32_t ClientOf(PipeInstance& pipe) {
-  if (pipe.clientProcess == kClientNotAsked) {
-    pipe.clientProcess = pipe_io::ClientProcess(pipe.hPipe);
+Due DueOf(const PipeInstance& pipe) {
+  if (pipe.fPendingIO != 0) {
+    if (!pipe_io::IsComplete(pipe.overlapped)) return Due::Nothing;
+    return pipe_io::HasTransferred(pipe.overlapped) ? Due::Request : Due::Connection;
   }
-  return pipe.clientProcess;
+  if (pipe.fConnectFailed != 0 || pipe.hPipe == nullptr) return Due::Nothing;
+  const bool isLost = pipe.dwState == WRITING_STATE && pipe.ReceivePointer == 0;
+  return isLost ? Due::Connection : Due::Request;
 }
 
-void LogBegin(int conId) {
-  PipeInstance& pipe = PipeOf(conId);
+bool HasClient(const PipeInstance& pipe) {
+  return pipe.hPipe != nullptr && pipe.fConnectFailed == 0 && pipe.dwState != CONNECTING_STATE;
+}
+
+void LogBegin(int conId, std::uint32_t client) {
+  const PipeInstance& pipe = PipeOf(conId);
   std::uint32_t cursor = 0;
   std::uint16_t command = 0;
   (void)wire::Take(pipe.RequestBuffer, pipe.ReceivePointer, cursor, command);
-  request_log::Begin(command, conId, ClientOf(pipe));
+  request_log::Begin(command, conId, client);
 }
 
 // \param unsent what is known of the request when no reply has been built
@@ -57,9 +59,31 @@ void LogEnd(int conId, std::uint32_t unsent) {
 
 }  // namespace
 
+// Asked once for each connection: it is a call of the system, and a request is not to cost one
+// more.
+std::uint32_t CQorlixSRVPipe::ClientOf(int conId) {
+  PipeInstance& pipe = PipeOf(conId);
+  if (pipe.clientProcess == kClientNotAsked) {
+    pipe.clientProcess = pipe_io::ClientProcess(pipe.hPipe);
+    turns_.Joins(static_cast<std::uint32_t>(conId), pipe.clientProcess);
+  }
+  return pipe.clientProcess;
+}
+
+// Processes take turns, so they are known of all clients as soon as there are two. One alone is
+// not asked about before its first request: who only comes and goes costs no call more.
+void CQorlixSRVPipe::LearnClients(int conId) {
+  bool isAlone = true;
+  for (int other = 0; other < kPipeInstances; ++other) {
+    if (other == conId || !HasClient(PipeOf(other))) continue;
+    isAlone = false;
+    (void)ClientOf(other);
+  }
+  if (!isAlone) (void)ClientOf(conId);
+}
+
 // The wait reports the lowest signalled event, so under load it would starve the high instances,
-// and it costs a system call for what memory knows already. So memory is asked first, in rotating
-// order from behind the instance that was served last.
+// and it costs a system call for what memory knows already. So memory is asked first.
 std::uint32_t CQorlixSRVPipe::NextInstance() {
   for (;;) {
     if (failedConnects_ > 0 && pipe_io::Now() >= retryAt_) RetryFailedConnects();
@@ -68,19 +92,17 @@ std::uint32_t CQorlixSRVPipe::NextInstance() {
       (void)pipe_io::WaitAny(InstanceEvents, kPipeInstances, /*milliseconds=*/0, waitError_);
     }
 
-    for (std::uint32_t step = 1; step <= kPipeInstances; ++step) {
-      const std::uint32_t i = (lastServed_ + step) % kPipeInstances;
-      if (!IsDue(Pipe[i])) continue;
-      lastServed_ = i;
-      return i;
-    }
+    Due due[kPipeInstances];
+    for (int i = 0; i < kPipeInstances; ++i) due[i] = DueOf(PipeOf(i));
+    const std::uint32_t next = turns_.Next(due);
+    if (next != TurnOrder::kNobody) return next;
 
     passesWithoutWait_ = 0;
     const std::uint32_t patience = failedConnects_ > 0 ? kFailedConnectWaitMs : pipe_io::kForever;
     const std::uint32_t dwWait =
         pipe_io::WaitAny(InstanceEvents, kPipeInstances, patience, waitError_);
     if (dwWait == WAIT_TIMEOUT && failedConnects_ > 0) continue;
-    if (dwWait < kPipeInstances) lastServed_ = dwWait;
+    if (dwWait < kPipeInstances) turns_.Takes(dwWait);
     return dwWait;
   }
 }
@@ -197,6 +219,7 @@ void CQorlixSRVPipe::TraceLostClient(int conId, bool success, std::uint32_t coun
 
 void CQorlixSRVPipe::StartRead(int conId) {
   PipeInstance& pipe = PipeOf(conId);
+  if (pipe.clientProcess == kClientNotAsked) LearnClients(conId);
   ZQ_TRACE(TRC_PROGRESS, kFct, "READING_STATE -> ReadFile: Pipe(%d)=0x%x", conId,
            HandleNumber(pipe.hPipe));
   const pipe_io::Outcome io =
@@ -227,7 +250,7 @@ void CQorlixSRVPipe::ServeRequest(int conId) {
   } else {
     SrvResult lResult = SRV_OK;
     SrvResult sendResult = SRV_OK;
-    LogBegin(conId);
+    LogBegin(conId, ClientOf(conId));
     Dispatch(conId, lResult, sendResult);
     if (lResult != SRV_OK) {
       ZQ_TRACE(TRC_ERROR, kFct, "Error occured : lResult=0x%x", lResult);

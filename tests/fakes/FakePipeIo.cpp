@@ -91,6 +91,7 @@ Outcome Begin(Op op, HANDLE pipe, OVERLAPPED& overlapped, Outcome fallback,
   if (outcome.success) {
     instance.signalled = true;
     overlapped.Internal = 0;
+    overlapped.InternalHigh = outcome.count;
   }
   return outcome;
 }
@@ -115,6 +116,7 @@ void Complete(int conId, bool success, std::uint32_t count, std::uint32_t error)
   instance.completion = {success, success ? 0 : error, count};
   instance.signalled = true;
   Pipe[conId].overlapped.Internal = success ? 0 : 0xC0000000;
+  Pipe[conId].overlapped.InternalHigh = count;
   if (success && !instance.writing.empty()) {
     instance.written =
         instance.written + Bytes(instance.writing.begin(), instance.writing.begin() + count);
@@ -254,6 +256,11 @@ Outcome Completion(HANDLE pipe, OVERLAPPED& overlapped) {
 bool IsComplete(const OVERLAPPED& overlapped) {
   const NotOurs notOurs;
   return overlapped.Internal != kPending;
+}
+
+bool HasTransferred(const OVERLAPPED& overlapped) {
+  const NotOurs notOurs;
+  return overlapped.Internal == 0 && overlapped.InternalHigh != 0;
 }
 
 void Abandon(HANDLE pipe, OVERLAPPED& overlapped) {

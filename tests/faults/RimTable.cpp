@@ -55,6 +55,7 @@ const std::vector<Function> kFunctions = {
      "pipe_io::Completion",
      {{"broken", 109}, {"incomplete", 996, false, /*passes=*/true}}},
     {kPipeIo, "pipe_io::IsComplete", {}, kMemoryOnly},
+    {kPipeIo, "pipe_io::HasTransferred", {}, kMemoryOnly},
     {kPipeIo, "pipe_io::Abandon", {}, "waits until the operation is through"},
     {kPipeIo, "pipe_io::Signal", {kDoesNothing}},
     {kPipeIo, "pipe_io::Unsignal", {}, "asked for only where something else has failed"},

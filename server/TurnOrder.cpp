@@ -1,0 +1,64 @@
+#include "server/TurnOrder.h"
+
+namespace {
+
+// How many instances lie between, in rotation.
+std::uint32_t Distance(std::uint32_t from, std::uint32_t to) {
+  return (to + kPipeInstances - 1 - from) % kPipeInstances;
+}
+
+}  // namespace
+
+void TurnOrder::Joins(std::uint32_t instance, std::uint32_t process) {
+  // A process nobody knew begins behind those who wait already, or the next stranger would always
+  // be first.
+  Place joined = {process, served_, turn_};
+  for (const Place& place : places_) {
+    if (place.process == process) joined = place;
+  }
+  places_[instance] = joined;
+}
+
+bool TurnOrder::IsBefore(std::uint32_t instance, std::uint32_t other) const {
+  const Place& one = places_[instance];
+  const Place& two = places_[other];
+  if (one.turn != two.turn) return one.turn < two.turn;
+  return Distance(one.served, instance) < Distance(two.served, other);
+}
+
+std::uint32_t TurnOrder::Next(const Due (&due)[kPipeInstances]) {
+  std::uint32_t request = kNobody;
+  std::uint32_t connection = kNobody;
+  for (std::uint32_t i = 0; i < kPipeInstances; ++i) {
+    if (due[i] == Due::Request) {
+      if (request == kNobody || IsBefore(i, request)) request = i;
+    } else if (due[i] == Due::Connection) {
+      if (connection == kNobody ||
+          Distance(connectionServed_, i) < Distance(connectionServed_, connection)) {
+        connection = i;
+      }
+    }
+  }
+
+  const bool isConnectionsTurn = request == kNobody || requestsInARow_ >= kRequestsInARow;
+  if (connection != kNobody && isConnectionsTurn) {
+    requestsInARow_ = 0;
+    connectionServed_ = connection;
+    return connection;
+  }
+  if (request == kNobody) return kNobody;
+  requestsInARow_ = connection == kNobody ? 0 : requestsInARow_ + 1;
+  Takes(request);
+  return request;
+}
+
+void TurnOrder::Takes(std::uint32_t instance) {
+  ++turn_;
+  served_ = instance;
+  const std::uint32_t process = places_[instance].process;
+  for (Place& place : places_) {
+    if (place.process != process) continue;
+    place.served = instance;
+    place.turn = turn_;
+  }
+}

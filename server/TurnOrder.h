@@ -1,0 +1,58 @@
+#ifndef SERVER_TURNORDER_H_
+#define SERVER_TURNORDER_H_
+
+#include <cstdint>
+
+#include "server/PipeInstance.h"
+
+/// Whose turn it is when several instances of the pool are due at the same time.
+///
+/// - Instances are served in rotation: the next one behind the one that was served last.
+/// - Clients of several processes: the processes take turns, the one first that has waited longest,
+///   and each process's instances are served in rotation. So who opens many connections has no more
+///   turns than others.
+/// - Requests come before clients that come and go, which cost more calls of the system than an
+///   answer does; but of kRequestsInARow and one turns, one is left to these.
+///
+/// Loop thread only; asks nobody, allocates nothing.
+class TurnOrder {
+ public:
+  /// What an instance is due for.
+  enum class Due : std::uint8_t {
+    Nothing,
+    Request,     ///< a request, the read for one, or the end of a reply
+    Connection,  ///< a client who has come, or one who is gone
+  };
+
+  static constexpr std::uint32_t kNobody = kPipeInstances;
+
+  /// Turns for requests while clients that come and go wait.
+  static constexpr std::uint32_t kRequestsInARow = 8;
+
+  /// The client of an instance belongs to a process.
+  void Joins(std::uint32_t instance, std::uint32_t process);
+
+  /// \returns the instance that has its turn now, kNobody when none is due.
+  std::uint32_t Next(const Due (&due)[kPipeInstances]);
+
+  /// An instance has its turn because the system has named it.
+  void Takes(std::uint32_t instance);
+
+ private:
+  // One for each instance; what concerns a process is the same in all of its.
+  struct Place {
+    std::uint32_t process = kClientNotAsked;
+    std::uint32_t served = kPipeInstances - 1;  // its process's instance that was served last
+    std::uint64_t turn = 0;                     // its process's last one
+  };
+
+  bool IsBefore(std::uint32_t instance, std::uint32_t other) const;
+
+  Place places_[kPipeInstances] = {};
+  std::uint64_t turn_ = 0;
+  std::uint32_t served_ = kPipeInstances - 1;
+  std::uint32_t connectionServed_ = kPipeInstances - 1;
+  std::uint32_t requestsInARow_ = 0;
+};
+
+#endif  // SERVER_TURNORDER_H_

@@ -1,0 +1,190 @@
+#include "server/TurnOrder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <initializer_list>
+#include <map>
+#include <random>
+#include <vector>
+
+namespace {
+
+using Due = TurnOrder::Due;
+using testing::ElementsAre;
+
+class TurnOrderTest : public testing::Test {
+ protected:
+  static constexpr std::uint32_t kNobody = TurnOrder::kNobody;
+
+  void Joins(std::uint32_t process, std::initializer_list<std::uint32_t> instances) {
+    for (const std::uint32_t i : instances) order_.Joins(i, process);
+  }
+  void Are(Due due, std::initializer_list<std::uint32_t> instances) {
+    for (const std::uint32_t i : instances) due_[i] = due;
+  }
+  // So many turns, with what is due staying so.
+  std::vector<std::uint32_t> Turns(int count) {
+    std::vector<std::uint32_t> turns;
+    for (int i = 0; i < count; ++i) turns.push_back(order_.Next(due_));
+    return turns;
+  }
+  // Turns until nothing is due any more.
+  std::vector<std::uint32_t> TurnsOnce() {
+    std::vector<std::uint32_t> turns;
+    for (std::uint32_t i = order_.Next(due_); i != kNobody; i = order_.Next(due_)) {
+      turns.push_back(i);
+      due_[i] = Due::Nothing;
+    }
+    return turns;
+  }
+
+  TurnOrder order_;
+  Due due_[kPipeInstances] = {};
+};
+
+TEST_F(TurnOrderTest, NobodyIsNextWhenNothingIsDue) {
+  EXPECT_THAT(Turns(2), ElementsAre(kNobody, kNobody));
+}
+
+TEST_F(TurnOrderTest, OneProcessIsServedInRotation) {
+  Joins(4, {0, 9, 30, 63});
+  Are(Due::Request, {0, 9, 30, 63});
+  EXPECT_THAT(Turns(6), ElementsAre(0u, 9u, 30u, 63u, 0u, 9u));
+}
+
+TEST_F(TurnOrderTest, TheRotationGoesOnBehindTheInstanceThatTheSystemNamed) {
+  Joins(4, {0, 9, 30, 63});
+  Are(Due::Request, {0, 9, 30, 63});
+  order_.Takes(10);  // nobody's yet
+  order_.Takes(9);
+  EXPECT_THAT(TurnsOnce(), ElementsAre(30u, 63u, 0u, 9u));
+}
+
+TEST_F(TurnOrderTest, TheRotationGoesOnBehindTheInstanceServedLastForAStrangerToo) {
+  order_.Takes(20);
+  Joins(4, {9, 20, 30});
+  Are(Due::Request, {9, 20, 30});
+  EXPECT_THAT(TurnsOnce(), ElementsAre(30u, 9u, 20u));
+}
+
+TEST_F(TurnOrderTest, ProcessesTakeTurnsAndEachServesItsOwnInRotation) {
+  Joins(4, {0, 1, 2, 3});
+  Joins(8, {40});
+  Joins(12, {41, 42});
+  Are(Due::Request, {0, 1, 2, 3, 40, 41, 42});
+  EXPECT_THAT(Turns(10), ElementsAre(0u, 40u, 41u, 1u, 40u, 42u, 2u, 40u, 41u, 3u));
+}
+
+TEST_F(TurnOrderTest, TheProcessThatHasWaitedLongestIsFirst) {
+  Joins(4, {0, 1});
+  Joins(8, {40});
+  Joins(12, {41});
+  Are(Due::Request, {0, 40, 41});
+  EXPECT_THAT(TurnsOnce(), ElementsAre(0u, 40u, 41u));
+  Are(Due::Request, {1});
+  EXPECT_THAT(TurnsOnce(), ElementsAre(1u));
+  Are(Due::Request, {0, 1, 40, 41});
+  EXPECT_THAT(TurnsOnce(), ElementsAre(40u, 41u, 0u, 1u));
+}
+
+TEST_F(TurnOrderTest, AnotherConnectionOfAProcessBringsNoEarlierTurn) {
+  Joins(4, {0});
+  Joins(8, {40});
+  Are(Due::Request, {0, 40});
+  EXPECT_THAT(Turns(3), ElementsAre(0u, 40u, 0u));
+  Joins(4, {5});
+  Are(Due::Request, {5});
+  EXPECT_THAT(Turns(2), ElementsAre(40u, 5u));
+}
+
+TEST_F(TurnOrderTest, NorALaterOne) {
+  Joins(4, {0, 1});
+  Joins(8, {40});
+  Are(Due::Request, {0, 40});
+  EXPECT_THAT(Turns(3), ElementsAre(0u, 40u, 0u));
+  Are(Due::Nothing, {0, 40});
+  Joins(8, {41});
+  Are(Due::Request, {1, 41});
+  EXPECT_THAT(TurnsOnce(), ElementsAre(41u, 1u));
+}
+
+TEST_F(TurnOrderTest, StrangersWaitBehindThoseWhoWait) {
+  Joins(4, {0});
+  Joins(8, {40});
+  Are(Due::Request, {0, 40});
+  EXPECT_THAT(Turns(1), ElementsAre(0u));
+  for (std::uint32_t i = 1; i < 10; ++i) {
+    Joins(100 + i, {i});
+    Are(Due::Request, {i});
+  }
+  EXPECT_THAT(Turns(1), ElementsAre(40u));
+}
+
+TEST_F(TurnOrderTest, RequestsComeBeforeConnections) {
+  Are(Due::Connection, {0, 1, 3});
+  Are(Due::Request, {2, 50});
+  EXPECT_THAT(TurnsOnce(), ElementsAre(2u, 50u, 0u, 1u, 3u));
+}
+
+TEST_F(TurnOrderTest, ConnectionsHaveOneOfNineTurns) {
+  Are(Due::Connection, {0, 1});
+  Are(Due::Request, {20});
+  const std::vector<std::uint32_t> turns = Turns(27);
+  for (std::size_t i = 0; i < turns.size(); ++i) {
+    EXPECT_EQ(turns[i] != 20, i % (TurnOrder::kRequestsInARow + 1) == TurnOrder::kRequestsInARow);
+  }
+  EXPECT_EQ(turns[8], 0u);
+  EXPECT_EQ(turns[17], 1u);
+  EXPECT_EQ(turns[26], 0u);
+}
+
+TEST_F(TurnOrderTest, OnlyTurnsForWhichAConnectionWaitedCount) {
+  Are(Due::Request, {20});
+  EXPECT_THAT(Turns(100), testing::Each(20u));
+  Are(Due::Connection, {0});
+  EXPECT_THAT(Turns(8), testing::Each(20u));
+  EXPECT_THAT(Turns(1), ElementsAre(0u));
+}
+
+TEST_F(TurnOrderTest, AConnectionsTurnMovesNoProcesssRotation) {
+  Joins(4, {0, 9, 30});
+  Are(Due::Request, {0, 9, 30});
+  EXPECT_THAT(Turns(1), ElementsAre(0u));
+  Are(Due::Nothing, {0, 9, 30});
+  Are(Due::Connection, {20});
+  EXPECT_THAT(TurnsOnce(), ElementsAre(20u));
+  Are(Due::Request, {0, 9, 30});
+  EXPECT_THAT(TurnsOnce(), ElementsAre(9u, 30u, 0u));
+}
+
+// Whoever is due and stays so has a turn within a bound, whatever the others do.
+TEST_F(TurnOrderTest, NobodyStarves) {
+  constexpr std::uint32_t kProcesses = 3;
+  // A turn of each process for each instance of one's own, and one of nine left to connections.
+  constexpr std::uint32_t kMost =
+      kProcesses * kPipeInstances * (TurnOrder::kRequestsInARow + 1) / TurnOrder::kRequestsInARow;
+  std::minstd_rand random(1);
+  std::uint32_t waited[kPipeInstances] = {};
+  for (std::uint32_t i = 0; i < kPipeInstances; ++i) order_.Joins(i, i % kProcesses);
+  for (int turn = 0; turn < 100000; ++turn) {
+    // Six instances at a time come and go; some of the others do now and then.
+    for (std::uint32_t i = 0; i < kPipeInstances; ++i) {
+      if (due_[i] == Due::Nothing && random() % 8 != 0) {
+        due_[i] = random() % 64 < 6 ? Due::Connection : Due::Request;
+      }
+    }
+    const std::uint32_t next = order_.Next(due_);
+    ASSERT_LT(next, kNobody);
+    if (due_[next] == Due::Connection) order_.Joins(next, static_cast<std::uint32_t>(random()) % 3);
+    due_[next] = Due::Nothing;
+    waited[next] = 0;
+    for (std::uint32_t i = 0; i < kPipeInstances; ++i) {
+      if (due_[i] == Due::Nothing) continue;
+      ASSERT_LT(++waited[i], due_[i] == Due::Request ? kMost : 9 * kPipeInstances) << i;
+    }
+  }
+}
+
+}  // namespace
