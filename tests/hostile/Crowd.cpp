@@ -19,10 +19,13 @@ constexpr std::uint32_t kUnderWay = 2;  // rounds after which all have done some
 
 // What both sides see. Counts are of 32 bits, so that both read them whole.
 struct Crowd::Shared {
+  struct Process {
+    std::atomic<std::uint32_t> rounds;
+    std::atomic<std::uint32_t> connections;
+    std::atomic<std::uint32_t> writes;
+  };
   std::atomic<std::uint32_t> ending;
-  std::atomic<std::uint32_t> rounds;
-  std::atomic<std::uint32_t> connections;
-  std::atomic<std::uint32_t> writes;
+  Process processes[kAttackers];
 };
 
 // The mapping lives until the process ends, and so serves all crowds of a run.
@@ -34,46 +37,65 @@ Crowd::Shared* Crowd::Map() {
   return static_cast<Shared*>(view);
 }
 
-Crowd::Crowd(std::size_t kind) : shared_(Map()) {
-  shared_->ending = shared_->rounds = shared_->connections = shared_->writes = 0;
+Crowd::Crowd(std::size_t kind, unsigned processes) : shared_(Map()) {
+  shared_->ending = 0;
+  for (Shared::Process& process : shared_->processes) {
+    process.rounds = process.connections = process.writes = 0;
+  }
   char path[MAX_PATH] = "";
   (void)GetModuleFileNameA(nullptr, path, sizeof(path));
-  std::string line = "\"" + std::string(path) + "\" " + kOption + " " + std::to_string(kind);
-  STARTUPINFOA startup = {};
-  startup.cb = sizeof(startup);
-  PROCESS_INFORMATION started = {};
-  if (CreateProcessA(path, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                     &started) == FALSE) {
-    bench::DieOfLastError("starting the crowd");
+  for (unsigned i = 0; i < processes; ++i) {
+    std::string line = "\"" + std::string(path) + "\" " + kOption + " " + std::to_string(kind) +
+                       " " + std::to_string(i) + " " + std::to_string(processes);
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION started = {};
+    if (CreateProcessA(path, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                       &started) == FALSE) {
+      bench::DieOfLastError("starting the crowd");
+    }
+    (void)CloseHandle(started.hThread);
+    processes_.push_back(started.hProcess);
   }
-  (void)CloseHandle(started.hThread);
-  process_ = started.hProcess;
-  while (shared_->rounds < kUnderWay) {
-    if (WaitForSingleObject(process_, 1) == WAIT_OBJECT_0) bench::Die("the crowd is gone");
+  for (unsigned i = 0; i < processes; ++i) {
+    while (shared_->processes[i].rounds < kUnderWay) {
+      if (WaitForSingleObject(processes_[i], 1) == WAIT_OBJECT_0) bench::Die("the crowd is gone");
+    }
   }
 }
 
 Crowd::~Crowd() { End(); }
 
 void Crowd::End() {
-  if (process_ == nullptr) return;
   shared_->ending = 1;
-  if (WaitForSingleObject(process_, kPatienceMs) != WAIT_OBJECT_0) {
-    (void)TerminateProcess(process_, 1);
-    bench::Die("the crowd does not end");
+  for (const HANDLE process : processes_) {
+    if (WaitForSingleObject(process, kPatienceMs) != WAIT_OBJECT_0) {
+      (void)TerminateProcess(process, 1);
+      bench::Die("the crowd does not end");
+    }
+    (void)CloseHandle(process);
   }
-  (void)CloseHandle(process_);
-  process_ = nullptr;
+  processes_.clear();
 }
 
-std::uint64_t Crowd::Connections() const { return shared_->connections; }
-std::uint64_t Crowd::Writes() const { return shared_->writes; }
+std::uint64_t Crowd::Connections() const {
+  std::uint64_t sum = 0;
+  for (const Shared::Process& process : shared_->processes) sum += process.connections;
+  return sum;
+}
 
-void Crowd::Drive(std::size_t kind) {
+std::uint64_t Crowd::Writes() const {
+  std::uint64_t sum = 0;
+  for (const Shared::Process& process : shared_->processes) sum += process.writes;
+  return sum;
+}
+
+void Crowd::Drive(std::size_t kind, unsigned process, unsigned processes) {
   Shared& shared = *Map();
+  Shared::Process& mine = shared.processes[process];
   const Attack& attack = Attacks()[kind];
   std::deque<Attacker> attackers;
-  for (unsigned i = 0; i < kAttackers; ++i) attackers.emplace_back(i);
+  for (unsigned i = process; i < kAttackers; i += processes) attackers.emplace_back(i);
   while (shared.ending == 0) {
     bool busy = false;
     std::uint64_t connections = 0;
@@ -83,9 +105,9 @@ void Crowd::Drive(std::size_t kind) {
       connections += attacker.Connections();
       writes += attacker.Writes();
     }
-    shared.connections = static_cast<std::uint32_t>(connections);
-    shared.writes = static_cast<std::uint32_t>(writes);
-    ++shared.rounds;
+    mine.connections = static_cast<std::uint32_t>(connections);
+    mine.writes = static_cast<std::uint32_t>(writes);
+    ++mine.rounds;
     if (!busy) Sleep(1);
   }
 }

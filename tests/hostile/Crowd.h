@@ -2,7 +2,7 @@
 #define TESTS_HOSTILE_CROWD_H_
 
 #include <cstdint>
-#include <memory>
+#include <vector>
 
 #include "tests/hostile/Attacks.h"
 
@@ -13,14 +13,15 @@ inline constexpr unsigned kAttackers = 63;
 
 /// A crowd of attackers of one kind, at work until it is told to end.
 ///
-/// It is a process of its own, as attackers are: what threads of one process take from each other
-/// within the system, locks above all, is no doing of the server. One thread drives all of them; on
-/// a machine with few processors more would take those from the server, which is the scheduler's
-/// matter.
+/// It is processes of its own, as attackers are: what threads of one process take from each other
+/// within the system, locks above all, is no doing of the server. One thread of each drives its
+/// attackers; on a machine with few processors more would take those from the server, which is the
+/// scheduler's matter.
 class Crowd {
  public:
-  /// Starts this program once more, with an option that makes it call Drive.
-  explicit Crowd(std::size_t kind);
+  /// Starts this program so many times more, 1 to kAttackers, with an option that makes it call
+  /// Drive. The attackers are divided among them.
+  Crowd(std::size_t kind, unsigned processes);
   ~Crowd();
   Crowd(const Crowd&) = delete;
   Crowd& operator=(const Crowd&) = delete;
@@ -30,8 +31,8 @@ class Crowd {
   std::uint64_t Connections() const;
   std::uint64_t Writes() const;
 
-  /// The crowd's side: attacks until the other side ends it.
-  static void Drive(std::size_t kind);
+  /// The side of one of the processes: attacks until the other side ends it.
+  static void Drive(std::size_t kind, unsigned process, unsigned processes);
 
   static constexpr char kOption[] = "--crowd";
 
@@ -40,7 +41,7 @@ class Crowd {
   static Shared* Map();
 
   Shared* shared_;
-  void* process_ = nullptr;
+  std::vector<void*> processes_;
 };
 
 }  // namespace hostile

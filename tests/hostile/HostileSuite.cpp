@@ -1,7 +1,7 @@
 // Attacks the real server in every way of Attacks.h, one after another, while one client behaves,
 // and prints what became of that one and of the server. tools/hostile.sh starts it.
 //
-//   hostile_suite.exe [--seconds N] [--markdown] [--only PART-OF-A-NAME]
+//   hostile_suite.exe [--seconds N] [--processes N] [--markdown] [--only PART-OF-A-NAME]
 
 #include <windows.h>
 
@@ -46,17 +46,24 @@ std::string Change(std::size_t before, std::size_t after) {
   return std::to_string(before) + " > " + std::to_string(after);
 }
 
+struct Options {
+  double seconds = 3;
+  unsigned processes = 1;
+  bool markdown = false;
+  std::string only;
+};
+
 // Everything of one row, and whether the server passed.
 class Trial {
  public:
   Trial(const ServerProcess& server, WireClient& honest) : server_(server), honest_(honest) {}
 
-  bool Run(std::size_t kind, double seconds, TextTable& table) {
+  bool Run(std::size_t kind, const Options& options, TextTable& table) {
     const Footprint before = Measure(server_);
     Waits idle, attacked;
-    bool answered = Watch(honest_, seconds, idle);
-    Crowd crowd(kind);
-    answered = answered && Watch(honest_, seconds, attacked);
+    bool answered = Watch(honest_, options.seconds, idle);
+    Crowd crowd(kind, options.processes);
+    answered = answered && Watch(honest_, options.seconds, attacked);
     crowd.End();
 
     const unsigned serving = ServingInstances(honest_);
@@ -107,7 +114,7 @@ bool TryOneMore(WireClient& honest) {
   return refused == ERROR_PIPE_BUSY && connected && honest.IsServed();
 }
 
-bool RunAll(double seconds, bool markdown, const std::string& only) {
+bool RunAll(const Options& options) {
   e2e::RegistryScratch registry;
   registry.CreateKey(kScratchKey);
   registry.SetValue(kScratchKey, kBigName, REG_SZ, Bytes(kBigLength, 'x') + '\0');
@@ -118,7 +125,7 @@ bool RunAll(double seconds, bool markdown, const std::string& only) {
   // What is touched for the first time counts for nobody.
   for (std::size_t kind = 0; kind < Attacks().size(); ++kind) {
     Waits ignored;
-    const Crowd crowd(kind);
+    const Crowd crowd(kind, /*processes=*/1);
     (void)Watch(honest, kWarmUpSeconds, ignored);
   }
   (void)ServingInstances(honest);
@@ -131,11 +138,11 @@ bool RunAll(double seconds, bool markdown, const std::string& only) {
   Trial trial(server, honest);
   for (std::size_t kind = 0; kind < Attacks().size(); ++kind) {
     const std::string name = Attacks()[kind].name;
-    if (name.find(only) == std::string::npos) continue;
+    if (name.find(options.only) == std::string::npos) continue;
     (void)std::fprintf(stderr, "%s ...\n", name.c_str());
-    passed &= trial.Run(kind, seconds, table);
+    passed &= trial.Run(kind, options, table);
   }
-  table.Print(markdown);
+  table.Print(options.markdown);
   passed &= TryOneMore(honest);
   return passed;
 }
@@ -144,25 +151,31 @@ bool RunAll(double seconds, bool markdown, const std::string& only) {
 }  // namespace hostile
 
 int main(int argc, char** argv) {
-  if (argc == 3 && std::string(argv[1]) == hostile::Crowd::kOption) {
-    hostile::Crowd::Drive(std::strtoul(argv[2], nullptr, 10));
+  const auto number = [](const char* text) {
+    return static_cast<unsigned>(std::strtoul(text, nullptr, 10));
+  };
+  if (argc == 5 && std::string(argv[1]) == hostile::Crowd::kOption) {
+    hostile::Crowd::Drive(number(argv[2]), number(argv[3]), number(argv[4]));
     return 0;
   }
-  double seconds = 3;
-  bool markdown = false;
-  std::string only;
+  hostile::Options options;
   for (int i = 1; i < argc; ++i) {
     const std::string word = argv[i];
     if (word == "--markdown") {
-      markdown = true;
+      options.markdown = true;
     } else if (word == "--seconds" && i + 1 < argc) {
-      seconds = std::strtod(argv[++i], nullptr);
+      options.seconds = std::strtod(argv[++i], nullptr);
+    } else if (word == "--processes" && i + 1 < argc) {
+      options.processes = number(argv[++i]);
     } else if (word == "--only" && i + 1 < argc) {
-      only = argv[++i];
+      options.only = argv[++i];
     } else {
       bench::Die("unknown option, or one without its value: %s", argv[i]);
     }
   }
-  if (seconds < 0.1) bench::Die("at least a tenth of a second for each attack");
-  return hostile::RunAll(seconds, markdown, only) ? 0 : 1;
+  if (options.seconds < 0.1) bench::Die("at least a tenth of a second for each attack");
+  if (options.processes < 1 || options.processes > hostile::kAttackers) {
+    bench::Die("1 to %u processes", hostile::kAttackers);
+  }
+  return hostile::RunAll(options) ? 0 : 1;
 }
