@@ -69,7 +69,8 @@ class Plugin {
  public:
   Plugin(const PluginKind& kind, int conId) : kind_(kind), conId_(conId) {}
 
-  // 0, or the code of the step that failed, whose line is traced.
+  // 0, or the code of the step that failed, whose line is traced. That may be 0 as well, when the
+  // system says of a failure that there was none; then there is no entry.
   std::uint32_t Load(const char* deviceID) {
     std::uint32_t result = get_reg_device_value(deviceID, "HardwareID", hardwareId_);
     if (result != SRV_OK) return Failed(result, "Read HardwareID");
@@ -146,7 +147,7 @@ SrvResult CQorlixSRVPipe::Install(int conId) {
 
   Plugin plugin(kInstall, conId);
   const std::uint32_t loaded = plugin.Load(deviceId.get());
-  if (loaded != SRV_OK) return loaded;
+  if (plugin.Entry() == nullptr) return loaded;
 
   // Kept: called bare. A fault of a plug-in is a fault of the server.
   const auto installer = reinterpret_cast<Installer>(plugin.Entry());
@@ -178,7 +179,7 @@ SrvResult CQorlixSRVPipe::Deinstall(int conId) {
 
   Plugin plugin(kDeinstall, conId);
   const std::uint32_t loaded = plugin.Load(deviceId.get());
-  if (loaded != SRV_OK) return loaded;
+  if (plugin.Entry() == nullptr) return loaded;
 
   // Kept: called bare, as the installer.
   const auto deinstaller = reinterpret_cast<Deinstaller>(plugin.Entry());

@@ -91,6 +91,15 @@ TEST_P(InstallerPluginNamesTest, ALibraryThatCannotBeLoadedAnswersItsError) {
   EXPECT_TRUE(fake_board_library::Calls().empty());
 }
 
+// A failure of which the system says that there was none: the answer is that, and nothing is called.
+TEST_P(InstallerPluginNamesTest, ALibraryThatCannotBeLoadedWithoutAnErrorAnswersZero) {
+  SetDevice("p.dll,Run");
+  fake_dynamic_library::RefuseLoad(kSystem + "p.dll", 0);
+  EXPECT_EQ(Run(), 0u);
+  EXPECT_FALSE(g_ran);
+  EXPECT_TRUE(fake_board_library::Calls().empty());
+}
+
 TEST_P(InstallerPluginNamesTest, AMissingExportAnswersItsErrorAndUnloads) {
   SetDevice("p.dll,Other");
   AddPlugin(TheKind(), kSystem + "p.dll");
