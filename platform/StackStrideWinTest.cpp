@@ -7,36 +7,68 @@
 #include "platform/GuardedCall.h"
 
 // How far the guard of a call reaches: a stack that overflows step by step raises an exception, one
-// that overflows in strides over the guard page has no room left to raise one. The process that
-// tries it may end, so these tests run this program once more.
+// that overflows in strides over the guard page has no room left to raise one. Whoever tries it may
+// end, so these tests run this program once more.
 
 namespace {
 
-constexpr char kStride[] = "QORLIX_STACK_STRIDE";
+constexpr char kBytes[] = "QORLIX_STRIDE_BYTES";
+constexpr char kOffset[] = "QORLIX_STRIDE_OFFSET";
 constexpr DWORD kCaught = 41;
 constexpr DWORD kReturned = 42;
 constexpr DWORD kThreadIsGone = 43;
 constexpr DWORD kUnhandled = 44;
 constexpr DWORD kPatienceMs = 60000;
 
-// Frames of so many bytes without a compiler's probes, one below the other without end; the last
-// bytes of each are touched.
-std::uint32_t Stride(DWORD bytes) {
+// --- What runs in the process that tries it ---
+
+struct Strides {
+  std::uintptr_t from;
+  std::uintptr_t bytes;
+};
+
+// Touches the stack there and so many bytes below, again and again, as frames without a compiler's
+// probes do.
+std::uint32_t Stride(const Strides& strides) {
   asm volatile(
-      "1: subl %0, %%esp\n"
-      "   movl $0, (%%esp)\n"
+      "   movl %0, %%esp\n"
+      "1: movl $0, (%%esp)\n"
+      "   subl %1, %%esp\n"
       "   jmp 1b\n"
       :
-      : "r"(bytes)
+      : "r"(strides.from), "r"(strides.bytes)
       : "memory");
   __builtin_unreachable();
 }
 
-DWORD WINAPI StrideGuarded(void* bytes) {
+// From so far above the guard page to the same place of the stack's last page.
+Strides OverTheGuardPage(std::uintptr_t offset) {
+  MEMORY_BASIC_INFORMATION part = {};
+  (void)VirtualQuery(&part, &part, sizeof(part));
+  const auto base = reinterpret_cast<std::uintptr_t>(part.AllocationBase);
+  std::uintptr_t guardEnd = 0;
+  for (std::uintptr_t at = base; at < reinterpret_cast<std::uintptr_t>(&part);) {
+    (void)VirtualQuery(reinterpret_cast<void*>(at), &part, sizeof(part));
+    at = reinterpret_cast<std::uintptr_t>(part.BaseAddress) + part.RegionSize;
+    if ((part.Protect & PAGE_GUARD) != 0) guardEnd = at;
+  }
+  return {guardEnd + offset, guardEnd - base};
+}
+
+std::uintptr_t Asked(const char* name) {
+  const char* const text = std::getenv(name);
+  return text == nullptr ? 0 : std::strtoul(text, nullptr, 10);
+}
+
+DWORD WINAPI StrideGuarded(void*) {
   platform::ReserveStackForGuards();
+  const Strides strides =
+      Asked(kBytes) == 0
+          ? OverTheGuardPage(Asked(kOffset))
+          : Strides{reinterpret_cast<std::uintptr_t>(&strides) - 0x400 - Asked(kOffset),
+                    Asked(kBytes)};
   std::uint32_t result = 0;
-  const bool returned = GuardedCall(
-      result, [=] { return Stride(static_cast<DWORD>(reinterpret_cast<std::uintptr_t>(bytes))); });
+  const bool returned = GuardedCall(result, [&] { return Stride(strides); });
   std::exit(static_cast<int>(returned ? kReturned : kCaught));
 }
 
@@ -45,11 +77,9 @@ LONG WINAPI EndAsUnhandled(EXCEPTION_POINTERS*) { ExitProcess(kUnhandled); }
 class StrideWhereAsked : public testing::Environment {
  public:
   void SetUp() override {
-    const char* const bytes = std::getenv(kStride);
-    if (bytes == nullptr) return;
+    if (std::getenv(kOffset) == nullptr) return;
     (void)SetUnhandledExceptionFilter(EndAsUnhandled);
-    void* const parameter = reinterpret_cast<void*>(std::strtoul(bytes, nullptr, 10));
-    const HANDLE thread = CreateThread(nullptr, 0, StrideGuarded, parameter, 0, nullptr);
+    const HANDLE thread = CreateThread(nullptr, 0, StrideGuarded, nullptr, 0, nullptr);
     (void)WaitForSingleObject(thread, INFINITE);
     std::exit(static_cast<int>(kThreadIsGone));
   }
@@ -58,19 +88,22 @@ class StrideWhereAsked : public testing::Environment {
 [[maybe_unused]] const testing::Environment* const g_environment =
     testing::AddGlobalTestEnvironment(new StrideWhereAsked);
 
-// The exit code of a process that overflows the stack of a guarded call so.
-DWORD ExitCodeOf(std::uint32_t bytes) {
+// --- What looks at it ---
+
+// \returns the exit code of a process that overflows the stack of a guarded call so.
+DWORD ExitCodeOf(std::uint32_t bytes, std::uint32_t offset) {
   char program[MAX_PATH];
   (void)GetModuleFileNameA(nullptr, program, sizeof(program));
   std::string line = "\"" + std::string(program) + "\"";
-  (void)SetEnvironmentVariableA(kStride, std::to_string(bytes).c_str());
+  (void)SetEnvironmentVariableA(kBytes, std::to_string(bytes).c_str());
+  (void)SetEnvironmentVariableA(kOffset, std::to_string(offset).c_str());
   STARTUPINFOA startup = {};
   startup.cb = sizeof(startup);
   PROCESS_INFORMATION started = {};
-  const BOOL created = CreateProcessA(program, line.data(), nullptr, nullptr, FALSE,
-                                      DETACHED_PROCESS, nullptr, nullptr, &startup, &started);
-  (void)SetEnvironmentVariableA(kStride, nullptr);
-  EXPECT_NE(created, FALSE);
+  EXPECT_NE(CreateProcessA(program, line.data(), nullptr, nullptr, FALSE, DETACHED_PROCESS, nullptr,
+                           nullptr, &startup, &started),
+            FALSE);
+  (void)SetEnvironmentVariableA(kOffset, nullptr);
   DWORD code = 0;
   EXPECT_EQ(WaitForSingleObject(started.hProcess, kPatienceMs), WAIT_OBJECT_0);
   (void)GetExitCodeProcess(started.hProcess, &code);
@@ -80,19 +113,24 @@ DWORD ExitCodeOf(std::uint32_t bytes) {
   return code;
 }
 
+constexpr std::uint32_t kOverTheGuardPage = 0;
+
 TEST(StackStrideWinTest, WhatTouchesEveryPageIsCaught) {
-  for (const std::uint32_t bytes : {64u, 1024u, 4096u}) EXPECT_EQ(ExitCodeOf(bytes), kCaught);
+  for (const std::uint32_t bytes : {64u, 4096u}) {
+    for (const std::uint32_t offset : {0u, 2048u}) {
+      EXPECT_EQ(ExitCodeOf(bytes, offset), kCaught) << bytes << ", " << offset;
+    }
+  }
 }
 
-TEST(StackStrideWinTest, WhatStepsOverTheGuardPageEndsTheProcessWithoutAWord) {
+// Without room for an exception there is none: the thread ends, and with the last one the process.
+TEST(StackStrideWinTest, WhatStepsOverTheGuardPageIsNeitherCaughtNorTold) {
   if (GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") == nullptr) {
     GTEST_SKIP() << "what becomes of it is this system's affair";
   }
-  for (const std::uint32_t bytes : {20'000u, 65'536u, 262'144u}) {
-    const DWORD code = ExitCodeOf(bytes);
-    for (const DWORD word : {kCaught, kReturned, kThreadIsGone, kUnhandled, STILL_ACTIVE}) {
-      EXPECT_NE(code, word) << bytes;
-    }
+  for (const std::uint32_t offset : {16u, 2048u, 4080u}) {
+    const DWORD code = ExitCodeOf(kOverTheGuardPage, offset);
+    for (const DWORD word : {kCaught, kReturned, kUnhandled}) EXPECT_NE(code, word) << offset;
   }
 }
 
