@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/GuardedCall.h"
+#include "tests/support/RunAgain.h"
 
 // How far the guard of a call reaches: a stack that overflows step by step raises an exception, one
 // that overflows in strides over the guard page has no room left to raise one. Whoever tries it may
@@ -18,7 +19,6 @@ constexpr DWORD kCaught = 41;
 constexpr DWORD kReturned = 42;
 constexpr DWORD kThreadIsGone = 43;
 constexpr DWORD kUnhandled = 44;
-constexpr DWORD kPatienceMs = 60000;
 
 // --- What runs in the process that tries it ---
 
@@ -92,24 +92,10 @@ class StrideWhereAsked : public testing::Environment {
 
 // \returns the exit code of a process that overflows the stack of a guarded call so.
 DWORD ExitCodeOf(std::uint32_t bytes, std::uint32_t offset) {
-  char program[MAX_PATH];
-  (void)GetModuleFileNameA(nullptr, program, sizeof(program));
-  std::string line = "\"" + std::string(program) + "\"";
   (void)SetEnvironmentVariableA(kBytes, std::to_string(bytes).c_str());
   (void)SetEnvironmentVariableA(kOffset, std::to_string(offset).c_str());
-  STARTUPINFOA startup = {};
-  startup.cb = sizeof(startup);
-  PROCESS_INFORMATION started = {};
-  EXPECT_NE(CreateProcessA(program, line.data(), nullptr, nullptr, FALSE, DETACHED_PROCESS, nullptr,
-                           nullptr, &startup, &started),
-            FALSE);
+  const DWORD code = RunAgain().exitCode;
   (void)SetEnvironmentVariableA(kOffset, nullptr);
-  DWORD code = 0;
-  EXPECT_EQ(WaitForSingleObject(started.hProcess, kPatienceMs), WAIT_OBJECT_0);
-  (void)GetExitCodeProcess(started.hProcess, &code);
-  (void)TerminateProcess(started.hProcess, 1);
-  (void)CloseHandle(started.hThread);
-  (void)CloseHandle(started.hProcess);
   return code;
 }
 
