@@ -16,6 +16,7 @@
 
 #include "tests/support/Minidump.h"
 #include "tests/support/RegistryKeyScratch.h"
+#include "tests/support/RunAgain.h"
 
 // A crash takes its process with it, so these tests run this program once more, which then crashes.
 
@@ -27,7 +28,6 @@ using testing::IsEmpty;
 
 constexpr char kFolder[] = "QORLIX_CRASH_FOLDER";
 constexpr char kKind[] = "QORLIX_CRASH_KIND";
-constexpr DWORD kPatienceMs = 60000;
 
 // --- What runs in the process that crashes ---
 
@@ -102,6 +102,16 @@ void LieInHeaders() {
   }
 }
 
+// Stays at the first, second or third of three places that are 400 bytes apart.
+DWORD WINAPI StayAt(void* place) {
+  asm volatile(
+      "   cmpl $2, %0\n   je 2f\n   jb 1f\n   jmp 3f\n"
+      "1: jmp 1b\n   .skip 400, 0x90\n"
+      "2: jmp 2b\n   .skip 400, 0x90\n"
+      "3: jmp 3b\n" ::"r"(place));
+  return 0;
+}
+
 // Caught by nobody; a function of its own, so that no handler of the tests' framework is near.
 DWORD WINAPI ThrowOnThread(void*) { throw 1; }
 
@@ -122,6 +132,10 @@ void EndOtherThreads() {
   (void)CloseHandle(all);
 }
 
+HANDLE StartThread(LPTHREAD_START_ROUTINE run, void* with = nullptr) {
+  return CreateThread(nullptr, 0, run, with, 0, nullptr);
+}
+
 LONG WINAPI GoOn(EXCEPTION_POINTERS*) { return EXCEPTION_CONTINUE_EXECUTION; }
 
 LONG WINAPI EndWith77(EXCEPTION_POINTERS*) { ExitProcess(77); }
@@ -134,19 +148,17 @@ LONG WINAPI EndWith77(EXCEPTION_POINTERS*) { ExitProcess(77); }
   if (kind == "stack") std::exit(UseStack(1));
   if (kind == "foreign" || kind == "goes on") RaiseException(0xE06D7363, 0, 0, nullptr);
   if (kind == "headers") LieInHeaders();
-  if (kind == "thrown") {
-    const HANDLE thread = CreateThread(nullptr, 0, ThrowOnThread, nullptr, 0, nullptr);
-    (void)WaitForSingleObject(thread, INFINITE);
-  }
+  if (kind == "thrown") (void)WaitForSingleObject(StartThread(ThrowOnThread), INFINITE);
   if (kind == "alone") EndOtherThreads();
-  if (kind == "thread") {
-    const HANDLE thread = CreateThread(nullptr, 0, FaultOnThread, nullptr, 0, nullptr);
-    (void)WaitForSingleObject(thread, INFINITE);
-  }
-  if (kind == "two") {
-    for (int i = 0; i < 2; ++i) {
-      (void)CloseHandle(CreateThread(nullptr, 0, FaultOnThread, nullptr, 0, nullptr));
+  if (kind == "crowd") {
+    for (const int place : {2, 1, 3, 2}) {
+      (void)CloseHandle(StartThread(StayAt, reinterpret_cast<void*>(place)));
     }
+    Sleep(50);  // until they are there
+  }
+  if (kind == "thread") (void)WaitForSingleObject(StartThread(FaultOnThread), INFINITE);
+  if (kind == "two") {
+    for (int i = 0; i < 2; ++i) (void)CloseHandle(StartThread(FaultOnThread));
     Sleep(INFINITE);
   }
   if (kind != "goes on") Fault();
@@ -184,28 +196,13 @@ class CrashEvidenceTest : public testing::Test {
 
   // Lets a process crash. \returns its exit code.
   DWORD Crash(const std::string& kind) {
-    char program[MAX_PATH];
-    (void)GetModuleFileNameA(nullptr, program, sizeof(program));
-    std::string line = "\"" + std::string(program) + "\"";
     (void)SetEnvironmentVariableA(kFolder, folder_.c_str());
     (void)SetEnvironmentVariableA(kKind, kind.c_str());
-    STARTUPINFOA startup = {};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION started = {};
-    if (CreateProcessA(program, line.data(), nullptr, nullptr, FALSE, DETACHED_PROCESS, nullptr,
-                       nullptr, &startup, &started) == FALSE) {
-      return 0;
-    }
-    id_ = started.dwProcessId;
-    threadId_ = started.dwThreadId;
+    const RanAgain ran = RunAgain();
     (void)SetEnvironmentVariableA(kKind, nullptr);
-    DWORD code = 0;
-    EXPECT_EQ(WaitForSingleObject(started.hProcess, kPatienceMs), WAIT_OBJECT_0);
-    (void)GetExitCodeProcess(started.hProcess, &code);
-    (void)TerminateProcess(started.hProcess, 1);
-    (void)CloseHandle(started.hThread);
-    (void)CloseHandle(started.hProcess);
-    return code;
+    id_ = ran.process;
+    threadId_ = ran.thread;
+    return ran.exitCode;
   }
 
   std::vector<std::string> Names() const {
@@ -316,6 +313,15 @@ TEST_F(CrashEvidenceTest, ACrashOfAnotherThreadIsToldAsSuch) {
   ASSERT_TRUE(dump);
   EXPECT_NE(dump->thread, threadId_);
   EXPECT_EQ(dump->threads, 2u);
+}
+
+TEST_F(CrashEvidenceTest, TheNextInstructionsOfAllThreadsAreThereAndNoneTwice) {
+  EXPECT_EQ(Crash("crowd"), static_cast<DWORD>(STATUS_ACCESS_VIOLATION));
+  const auto dump = ReadMinidump(File("Crash-1.dmp"));
+  ASSERT_TRUE(dump);
+  EXPECT_GE(dump->threads, 5u);
+  EXPECT_EQ(dump->threadsWithCode, dump->threads);
+  EXPECT_FALSE(dump->memoryIsThereTwice);
 }
 
 TEST_F(CrashEvidenceTest, OfTwoThreadsThatCrashTogetherNoneCutsTheEvidenceShort) {

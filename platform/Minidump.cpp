@@ -32,7 +32,7 @@ struct Lists {
   ULONG32 moduleCount;
   MINIDUMP_MODULE modules[kMaxModules];
   ULONG32 memoryCount;
-  MINIDUMP_MEMORY_DESCRIPTOR memory[kMaxThreads + 1];
+  MINIDUMP_MEMORY_DESCRIPTOR memory[2 * kMaxThreads];  // stack and instructions of each
 };
 Lists g_lists;
 
@@ -111,11 +111,27 @@ DWORD StackSize(std::uintptr_t pointer) {
   return static_cast<DWORD>(end - pointer);
 }
 
+// The instructions around this one, as far as the file does not have them: threads wait at the same
+// ones, and there are readers that take no memory at all when some of it is there twice.
+void AddInstructions(DumpFile& file, std::uintptr_t at) {
+  std::uintptr_t from = at > kCodeAround ? at - kCodeAround : 0;
+  std::uintptr_t end = at + kCodeAround;
+  for (ULONG32 i = 0; i < g_lists.memoryCount; ++i) {
+    const auto start = static_cast<std::uintptr_t>(g_lists.memory[i].StartOfMemoryRange);
+    const std::uintptr_t behind = start + g_lists.memory[i].Memory.DataSize;
+    if (start <= at && at < behind) return;
+    if (start > at && start < end) end = start;
+    if (behind <= at && behind > from) from = behind;
+  }
+  (void)file.AddMemory(from, static_cast<DWORD>(end - from));
+}
+
 MINIDUMP_LOCATION_DESCRIPTOR AddThread(DumpFile& file, DWORD id, const CONTEXT& context) {
   MINIDUMP_THREAD& thread = g_lists.threads[g_lists.threadCount++];
   thread = {};
   thread.ThreadId = id;
   thread.Stack = file.AddMemory(context.Esp, StackSize(context.Esp));
+  AddInstructions(file, context.Eip);
   thread.ThreadContext = file.Add(&context, sizeof(context));
   return thread.ThreadContext;
 }
@@ -293,7 +309,6 @@ bool WriteMinidump(HANDLE handle, void* exceptionPointers, std::uint32_t thread)
   head.header.Flags = MiniDumpNormal;
 
   const MINIDUMP_LOCATION_DESCRIPTOR registers = AddThread(file, thread, context);
-  (void)file.AddMemory(context.Eip - kCodeAround, 2 * kCodeAround);
   AddOtherThreads(file, thread);
   AddModules(file);
   head.streams[kSystem] = {SystemInfoStream, AddSystem(file)};

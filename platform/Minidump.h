@@ -8,7 +8,8 @@
 namespace platform {
 
 /// Writes a minidump of this process, as debuggers read it: the exception, its thread and up to 63
-/// others with their registers and the upper part of their stacks, the modules and the system.
+/// others with their registers, the upper part of their stacks and the instructions around the
+/// next, the modules and the system.
 ///
 /// For a process that has crashed. It takes nothing from the heap and no lock, loads nothing, and
 /// stops one other thread at a time, for as long as it takes to write its stack. The calling

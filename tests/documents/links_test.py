@@ -27,6 +27,19 @@ def command_line_verbs() -> set:
     return verbs
 
 
+def tests_of(folder) -> set:
+    """Every test below the folder as "Suite.Name", and every suite and file of tests by its name."""
+    names = set()
+    for path in folder.rglob("*Test.cpp"):
+        if path.relative_to(folder).parts[0] == "build":
+            continue
+        names.add(path.stem)
+        for suite, name in re.findall(r"^(?:TYPED_)?TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\)", path.read_text(),
+                                      re.MULTILINE):
+            names |= {suite, f"{suite}.{name}"}
+    return names
+
+
 class LinksTest(unittest.TestCase):
     def setUp(self):
         self.pages = [pages.Page(path) for path in pages.paths()]
@@ -99,6 +112,19 @@ class LinksTest(unittest.TestCase):
                 if words and not (" ".join(words[:2]) in verbs or words[0] in verbs
                                   or (words[0] in first and len(words) == 1)):
                     self.complain(page, number, f"`{code}`: no such command")
+
+    def test_tests_that_the_text_names_exist(self):
+        real, all_of_them = tests_of(pages.ROOT / "tests/e2e"), tests_of(pages.ROOT)
+        count = 0
+        for page in self.pages:
+            for number, code in page.inline_code():
+                found = re.fullmatch(r"(e2e: )?([A-Z]\w*Test(?:\.\w+)?)", code)
+                if not found:
+                    continue
+                count += 1
+                if found[2] not in (real if found[1] else all_of_them):
+                    self.complain(page, number, f"`{code}`: no such test")
+        self.assertGreater(count, 100)
 
 
 if __name__ == "__main__":

@@ -303,4 +303,17 @@ std::size_t ServerProcess::PrivateBytes() const {
              : 0;
 }
 
+std::size_t ServerProcess::MappedBytes() const {
+  std::size_t bytes = 0;
+  MEMORY_BASIC_INFORMATION part = {};
+  for (std::uintptr_t at = 0;
+       VirtualQueryEx(process_, reinterpret_cast<void*>(at), &part, sizeof(part)) != 0;
+       at += part.RegionSize) {
+    if (part.Type == MEM_MAPPED) bytes += part.RegionSize;
+  }
+  // The system itself maps some into every process.
+  EXPECT_GT(bytes, 0u);
+  return bytes;
+}
+
 }  // namespace e2e

@@ -76,6 +76,9 @@ class ServerProcess {
   /// Bytes of memory that are its own.
   std::size_t PrivateBytes() const;
 
+  /// Bytes of its address space in which sections are mapped, its programs and libraries apart.
+  std::size_t MappedBytes() const;
+
  private:
   testing::AssertionResult Launch(const char* arguments, std::uint32_t flags = 0,
                                   void* token = nullptr);

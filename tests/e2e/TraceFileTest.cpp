@@ -84,6 +84,17 @@ TEST_F(TraceFileTest, ALineEndsInABlankAndTwoCharacters) {
   EXPECT_EQ(ReadFile(FileName(1)), "RunSrvLoop:  opCode 0x3e8 \r\n");
 }
 
+// Texts of clients are written as they are, and a line feed in a file is two characters, so a
+// line begins where a client wants it to.
+TEST_F(TraceFileTest, ATextWithLineEndsMakesALineThatTheServerNeverWrote) {
+  Configure(AllLinesWith({{"String", "?Read?Param*"}}));
+  trace_setup::Replace(AllLinesWith({{"String", "?Read?Param*"}}));
+  const Bytes deviceId = "X \nRunSrvLoop:  opCode 0xfd \nY";
+  ASSERT_TRUE(client_.Answers(Wire("0500") + Text(deviceId) + Text("de"), Wire("0400 02000000")));
+  EXPECT_EQ(ReadFile(FileName(1)), "Install  Read Param SUCCESS: lpszDeviceID=X \r\n" +
+                                       LineOf(0xFD) + "Y lpszLanguageExt=de \r\n");
+}
+
 TEST_F(TraceFileTest, TheFileThatWasWrittenLaterGoesOn) {
   struct Case {
     const char* what;

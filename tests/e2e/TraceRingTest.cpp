@@ -96,6 +96,19 @@ TEST_F(TraceRingTest, TheRingGoesRoundAndCountsIt) {
   for (const std::uint32_t spare : {6u, 7u, 15u}) EXPECT_EQ(ring[spare], 0u);
 }
 
+TEST_F(TraceRingTest, ATextWithLineEndsMakesALineThatTheServerNeverWrote) {
+  trace_setup::ReplaceQuietly(RingOf("1000", "?Read?Param*"));
+  Start();
+  const Bytes deviceId = "X \r\nRunSrvLoop:  opCode 0xfd \r\nY";
+  ASSERT_TRUE(client_.Answers(Wire("0500") + Text(deviceId) + Text("de"), Wire("0400 02000000")));
+  SharedWords ring(SharedWords::kRing);
+  ASSERT_TRUE(ring.IsThere());
+  const Bytes lines =
+      "Install  Read Param SUCCESS: lpszDeviceID=" + deviceId + " lpszLanguageExt=de \r\n";
+  EXPECT_EQ(ring[kOffset], lines.size());
+  EXPECT_EQ(ring.Data(kDataAt, 1000), lines + Bytes(1000 - lines.size(), '\0'));
+}
+
 // A line of 40 bytes at offset 80 of 100: 20 at the end, 22 with its two characters at the start.
 TEST_F(TraceRingTest, ALineThatCrossesTheEndGoesOnAtTheStart) {
   constexpr char kText[] = "<< result = 0x219a Value";

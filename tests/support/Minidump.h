@@ -1,10 +1,12 @@
 #ifndef TESTS_SUPPORT_MINIDUMP_H_
 #define TESTS_SUPPORT_MINIDUMP_H_
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <optional>
 #include <string>
+#include <vector>
 
 /// What a minidump says of an exception, read off its bytes.
 struct MinidumpException {
@@ -13,8 +15,10 @@ struct MinidumpException {
   std::uint64_t address;
   std::uint32_t threads;  ///< in the dump
   std::uint32_t modules;
-  std::uint64_t stackPointer;  ///< of the exception's thread
-  bool hasItsStack;            ///< the memory it points to is in the dump
+  std::uint64_t stackPointer;     ///< of the exception's thread
+  bool hasItsStack;               ///< the memory it points to is in the dump
+  std::uint32_t threadsWithCode;  ///< of which the next instruction is in the dump
+  bool memoryIsThereTwice;        ///< two ranges of it overlap
 };
 
 namespace minidump {
@@ -41,6 +45,34 @@ inline std::optional<std::size_t> Stream(const std::string& file, std::uint32_t 
   return std::nullopt;
 }
 
+/// A range of memory that the file has.
+struct Range {
+  std::uint64_t start;
+  std::uint64_t end;
+};
+
+/// All of them, as the list at this place says.
+inline std::vector<Range> Ranges(const std::string& file, std::size_t list) {
+  std::vector<Range> ranges;
+  for (std::size_t i = 0; i < At(file, list).value_or(0); ++i) {
+    const std::size_t one = list + 4 + 16 * i;
+    const std::uint64_t start = At(file, one).value_or(0);
+    const std::size_t size = At(file, one + 8).value_or(0);
+    const std::size_t at = At(file, one + 12).value_or(0);
+    if (at <= file.size() && file.size() - at >= size) ranges.push_back({start, start + size});
+  }
+  return ranges;
+}
+
+inline bool Overlap(const std::vector<Range>& ranges) {
+  for (std::size_t i = 0; i < ranges.size(); ++i) {
+    for (std::size_t j = 0; j < i; ++j) {
+      if (ranges[i].start < ranges[j].end && ranges[j].start < ranges[i].end) return true;
+    }
+  }
+  return false;
+}
+
 }  // namespace minidump
 
 /// \returns nothing when the file is no minidump with an exception, its threads and its modules.
@@ -49,7 +81,9 @@ inline std::optional<MinidumpException> ReadMinidump(const std::string& file) {
   constexpr std::uint32_t kModules = 4;
   constexpr std::uint32_t kMemory = 5;
   constexpr std::uint32_t kException = 6;
-  constexpr std::size_t kStackPointer = 196;  // in the registers of 32-bit x86
+  constexpr std::size_t kThreadSize = 48;
+  constexpr std::size_t kInstruction = 184;  // in the registers of 32-bit x86
+  constexpr std::size_t kStackPointer = 196;
   if (file.substr(0, 4) != "MDMP") return std::nullopt;
   const auto threads = minidump::Stream(file, kThreads, 4);
   const auto modules = minidump::Stream(file, kModules, 4);
@@ -64,12 +98,17 @@ inline std::optional<MinidumpException> ReadMinidump(const std::string& file) {
   const std::size_t registers = minidump::At(file, *exception + 164).value_or(0);
   found.stackPointer = minidump::At(file, registers + kStackPointer).value_or(0);
   const std::size_t memory = minidump::Stream(file, kMemory, 4).value_or(file.size());
-  for (std::size_t i = 0; i < minidump::At(file, memory).value_or(0); ++i) {
-    const std::size_t one = memory + 4 + 16 * i;
-    if (minidump::At(file, one) != found.stackPointer) continue;
-    const std::size_t size = minidump::At(file, one + 8).value_or(0);
-    const std::size_t at = minidump::At(file, one + 12).value_or(0);
-    found.hasItsStack = size != 0 && at <= file.size() && file.size() - at >= size;
+  const std::vector<minidump::Range> ranges = minidump::Ranges(file, memory);
+  found.memoryIsThereTwice = minidump::Overlap(ranges);
+  for (const minidump::Range& range : ranges) {
+    if (range.start == found.stackPointer && range.end != range.start) found.hasItsStack = true;
+  }
+  for (std::size_t i = 0; i < found.threads; ++i) {
+    const std::size_t of = minidump::At(file, *threads + 4 + kThreadSize * i + 44).value_or(0);
+    const std::uint32_t instruction = minidump::At(file, of + kInstruction).value_or(0);
+    found.threadsWithCode += std::any_of(ranges.begin(), ranges.end(), [=](const auto& range) {
+      return range.start <= instruction && instruction < range.end;
+    });
   }
   return found;
 }
