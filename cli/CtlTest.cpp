@@ -118,6 +118,9 @@ TEST_F(CtlTest, RefusalsAndPitfallsComeWithAHint) {
   EXPECT_EQ(Run({"reg", "create", "HKLM\\SOFTWARE\\Vesmark\\NORVA"}), kExitServer);
   EXPECT_TRUE(Complains("hint: a path begins below HKEY_LOCAL_MACHINE"));
   server_.Answers({"0400 05000000"});
+  EXPECT_EQ(Run({"reg", "create", "hkey_current_User\\SOFTWARE"}), kExitServer);
+  EXPECT_TRUE(Complains("hint: a path begins below HKEY_LOCAL_MACHINE"));
+  server_.Answers({"0400 05000000"});
   EXPECT_EQ(Run({"reg", "create", "K", "--base", "HKCU"}), kExitServer);
   EXPECT_TRUE(Complains("hint: the server works below HKEY_LOCAL_MACHINE only"));
   server_.Answers({"0400 02000000"});

@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "cli/Actions.h"
 #include "cli/AnsiArguments.h"
 #include "cli/Connection.h"
@@ -7,6 +5,7 @@
 #include "cli/Report.h"
 #include "cli/TextEncoding.h"
 #include "client/Enumeration.h"
+#include "platform/AsciiCase.h"
 
 namespace cli {
 namespace {
@@ -15,14 +14,10 @@ constexpr SrvResult kNotFound = 2;
 constexpr SrvResult kAccessDenied = 5;
 
 bool NamesRootKey(const std::string& path) {
-  const std::string upper = [&] {
-    std::string text = path.substr(0, path.find('\\'));
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
-    return text;
-  }();
-  return upper == "HKLM" || upper == "HKEY_LOCAL_MACHINE" || upper == "HKCU" ||
-         upper == "HKEY_CURRENT_USER";
+  const std::string first = path.substr(0, path.find('\\'));
+  const auto isFirst = [&](const char* root) { return platform::EqualsIgnoringCase(first, root); };
+  return isFirst("HKLM") || isFirst("HKEY_LOCAL_MACHINE") || isFirst("HKCU") ||
+         isFirst("HKEY_CURRENT_USER");
 }
 
 // What is wrong with a path that cannot be found or is refused because of how it is written.
