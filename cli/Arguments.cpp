@@ -4,24 +4,19 @@
 #include <iterator>
 #include <vector>
 
+#include "platform/AsciiCase.h"
+
 namespace cli {
 namespace {
 
 constexpr std::uint32_t kMillisecondsPerDay = 24 * 60 * 60 * 1000;
-
-char ToUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
-bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return ToUpper(x) == ToUpper(y); });
-}
 
 bool ParseHexNumber(std::string_view digits, std::uint32_t& number) {
   constexpr std::size_t kDigits = 8;
   if (digits.empty() || digits.size() > kDigits) return false;
   number = 0;
   for (const char c : digits) {
-    const char upper = ToUpper(c);
+    const char upper = platform::UpperCase(c);
     if (c >= '0' && c <= '9') {
       number = number * 16 + static_cast<std::uint32_t>(c - '0');
     } else if (upper >= 'A' && upper <= 'F') {
@@ -170,8 +165,8 @@ class Parser {
   }
 
   static bool LooksLikeARoot(std::string_view word) {
-    return EqualsIgnoringCase(word.substr(0, 2), "hk") ||
-           EqualsIgnoringCase(word.substr(0, 2), "0x");
+    return platform::StartsWithIgnoringCase(word, "hk") ||
+           platform::StartsWithIgnoringCase(word, "0x");
   }
 
   static std::string NotARoot(const std::string& word) {
@@ -309,7 +304,8 @@ bool ParseRootKey(std::string_view word, std::uint32_t& root) {
       {"HKCC", "HKEY_CURRENT_CONFIG", 0x80000005},
   };
   for (const auto& known : kRoots) {
-    if (EqualsIgnoringCase(word, known.shortName) || EqualsIgnoringCase(word, known.longName)) {
+    if (platform::EqualsIgnoringCase(word, known.shortName) ||
+        platform::EqualsIgnoringCase(word, known.longName)) {
       root = known.value;
       return true;
     }

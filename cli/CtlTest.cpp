@@ -110,24 +110,6 @@ TEST_F(CtlTest, RegCreateDeleteAndUnsetSendTheirCommands) {
   EXPECT_EQ(LastRequest(), "1200010000004B010000004E");
 }
 
-TEST_F(CtlTest, RefusalsAndPitfallsComeWithAHint) {
-  server_.Answers({"0400 05000000"});
-  EXPECT_EQ(Run({"reg", "create", "SOFTWARE\\Other"}), kExitServer);
-  EXPECT_TRUE(Complains("hint: changes are permitted below SOFTWARE\\Vesmark\\NORVA only"));
-  server_.Answers({"0400 05000000"});
-  EXPECT_EQ(Run({"reg", "create", "HKLM\\SOFTWARE\\Vesmark\\NORVA"}), kExitServer);
-  EXPECT_TRUE(Complains("hint: a path begins below HKEY_LOCAL_MACHINE"));
-  server_.Answers({"0400 05000000"});
-  EXPECT_EQ(Run({"reg", "create", "K", "--base", "HKCU"}), kExitServer);
-  EXPECT_TRUE(Complains("hint: the server works below HKEY_LOCAL_MACHINE only"));
-  server_.Answers({"0400 02000000"});
-  EXPECT_EQ(Run({"reg", "delete", "K"}), kExitServer);
-  EXPECT_TRUE(Complains("hint: the server removes the tree PATH\\PATH"));
-  server_.Answers({"0400 02000000"});
-  EXPECT_EQ(Run({"reg", "set", "K", "N", "V"}), kExitServer);
-  EXPECT_TRUE(Complains("hint: the key has to exist"));
-}
-
 TEST_F(CtlTest, RegGetShowsTextAndLengthAndSaysWhenTheyDiffer) {
   server_.Answers({"0400 00000000 03000000 414243 03000000"});
   EXPECT_EQ(Run({"reg", "get", "K", "N"}), kExitOk);

@@ -46,14 +46,10 @@ ReplyLayout Examine(const CommandInfo* command, Bytes reply) {
 }
 
 Ending Whole(bool whole, const std::string& otherwise) {
+  if (!whole) return FailedHere(client::kInvalidReply, otherwise, kExitServer);
   Ending ending;
-  ending.ok = whole;
+  ending.ok = true;
   ending.origin = "program";
-  if (whole) return ending;
-  ending.code = client::kInvalidReply;
-  ending.name = client::ResultName(ending.code);
-  ending.text = otherwise;
-  ending.exitCode = kExitServer;
   return ending;
 }
 

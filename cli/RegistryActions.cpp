@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "cli/Actions.h"
 #include "cli/AnsiArguments.h"
 #include "cli/Connection.h"
@@ -7,6 +5,7 @@
 #include "cli/Report.h"
 #include "cli/TextEncoding.h"
 #include "client/Enumeration.h"
+#include "platform/AsciiCase.h"
 
 namespace cli {
 namespace {
@@ -15,14 +14,10 @@ constexpr SrvResult kNotFound = 2;
 constexpr SrvResult kAccessDenied = 5;
 
 bool NamesRootKey(const std::string& path) {
-  const std::string upper = [&] {
-    std::string text = path.substr(0, path.find('\\'));
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
-    return text;
-  }();
-  return upper == "HKLM" || upper == "HKEY_LOCAL_MACHINE" || upper == "HKCU" ||
-         upper == "HKEY_CURRENT_USER";
+  const std::string first = path.substr(0, path.find('\\'));
+  const auto isFirst = [&](const char* root) { return platform::EqualsIgnoringCase(first, root); };
+  return isFirst("HKLM") || isFirst("HKEY_LOCAL_MACHINE") || isFirst("HKCU") ||
+         isFirst("HKEY_CURRENT_USER");
 }
 
 // What is wrong with a path that cannot be found or is refused because of how it is written.
@@ -107,50 +102,52 @@ void ShowKey(Report& report, std::uint32_t index, const client::Result& result,
   }
 }
 
+std::string KeysHint(const Invocation& invocation, const client::Result& result) {
+  if (!result.is(kAccessDenied)) return ReadHint(invocation, result);
+  return "listing asks for full access to the key, so it fails on keys that the server may read "
+         "but not change; 'reg values' and 'reg get' may work";
+}
+
+// What a key has, entry by entry.
+struct Listing {
+  const char* member;  // of the object
+  const char* none;
+  decltype(&client::QorlixClient::Reg_EnumKey) next;
+  decltype(&ShowKey) show;
+  decltype(&ReadHint) hint;
+};
+
+int List(const Invocation& invocation, Output& output, const Listing& listing) {
+  const std::vector<std::string> ansi = AnsiArguments(invocation, output);
+  if (ansi.empty()) return kExitUsage;
+  Report report(invocation, output);
+  AddPath(report, invocation);
+  report.Json().Name(listing.member).Open('[');
+  const auto client = MakeClient(invocation);
+  bool any = false;
+  const client::Result result = client::ForEachEntry(
+      [&](std::uint32_t index, client::RegistryEntry& entry) {
+        return ((*client).*listing.next)(ansi[0].c_str(), index, entry);
+      },
+      [&](std::uint32_t index, const client::Result& one, const client::RegistryEntry& entry) {
+        listing.show(report, index, one, entry);
+        return any = true;
+      });
+  report.Json().Close(']');
+  if (result.ok() && !any) report.Line(listing.none);
+  return report.Finish(result, listing.hint(invocation, result));
+}
+
 }  // namespace
 
 int RegLsAction(const Invocation& invocation, Output& output) {
-  const std::vector<std::string> ansi = AnsiArguments(invocation, output);
-  if (ansi.empty()) return kExitUsage;
-  Report report(invocation, output);
-  AddPath(report, invocation);
-  report.Json().Name("keys").Open('[');
-  const auto client = MakeClient(invocation);
-  bool any = false;
-  const client::Result result = client::ForEachKey(
-      *client, ansi[0].c_str(),
-      [&](std::uint32_t index, const client::Result& one, const client::RegistryEntry& entry) {
-        ShowKey(report, index, one, entry);
-        return any = true;
-      });
-  report.Json().Close(']');
-  if (result.ok() && !any) report.Line("(no subkeys)");
-  std::string hint = ReadHint(invocation, result);
-  if (result.is(kAccessDenied)) {
-    hint =
-        "listing asks for full access to the key, so it fails on keys that the server may read "
-        "but not change; 'reg values' and 'reg get' may work";
-  }
-  return report.Finish(result, hint);
+  return List(invocation, output,
+              {"keys", "(no subkeys)", &client::QorlixClient::Reg_EnumKey, ShowKey, KeysHint});
 }
 
 int RegValuesAction(const Invocation& invocation, Output& output) {
-  const std::vector<std::string> ansi = AnsiArguments(invocation, output);
-  if (ansi.empty()) return kExitUsage;
-  Report report(invocation, output);
-  AddPath(report, invocation);
-  report.Json().Name("values").Open('[');
-  const auto client = MakeClient(invocation);
-  bool any = false;
-  const client::Result result = client::ForEachValue(
-      *client, ansi[0].c_str(),
-      [&](std::uint32_t index, const client::Result& one, const client::RegistryEntry& entry) {
-        ShowValue(report, index, one, entry);
-        return any = true;
-      });
-  report.Json().Close(']');
-  if (result.ok() && !any) report.Line("(no values)");
-  return report.Finish(result, ReadHint(invocation, result));
+  return List(invocation, output,
+              {"values", "(no values)", &client::QorlixClient::Reg_EnumValue, ShowValue, ReadHint});
 }
 
 int RegGetAction(const Invocation& invocation, Output& output) {

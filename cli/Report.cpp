@@ -4,6 +4,7 @@
 
 #include "cli/TextEncoding.h"
 #include "client/PipeTransport.h"
+#include "client/ResultCodes.h"
 
 namespace cli {
 namespace {
@@ -96,6 +97,10 @@ Ending DoneHere() {
   Ending ending = EndingOf(client::Result());
   ending.origin = "program";
   return ending;
+}
+
+Ending FailedHere(std::uint32_t code, const std::string& text, ExitCode exitCode) {
+  return {/*ok=*/false, code, client::ResultName(code), text, "program", exitCode};
 }
 
 void AddEnding(JsonWriter& json, const Ending& ending) {

@@ -37,6 +37,9 @@ Ending EndingOf(const client::Result& result);
 /// All went well, and no server had a part in it.
 Ending DoneHere();
 
+/// The program itself found out what is wrong. \param code one of client::ResultName
+Ending FailedHere(std::uint32_t code, const std::string& text, ExitCode exitCode);
+
 /// Adds the members of an ending to an open JSON object.
 void AddEnding(JsonWriter& json, const Ending& ending);
 

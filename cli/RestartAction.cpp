@@ -92,23 +92,14 @@ int StartOnly(Report& report, ActionCalls& calls, const std::string& device,
 }
 
 Ending NoEvent(std::uint32_t code) {
-  Ending ending;
-  ending.code = code;
-  ending.name = client::ResultName(code);
-  ending.text = std::string("the event cannot be created: ") + client::ResultText(code);
-  ending.origin = "program";
-  ending.exitCode = kExitUsage;
-  return ending;
+  return FailedHere(code, std::string("the event cannot be created: ") + client::ResultText(code),
+                    kExitUsage);
 }
 
 Ending NotInTime() {
-  Ending ending;
-  ending.code = client::kTimedOut;
-  ending.name = client::ResultName(ending.code);
-  ending.text = "the restart was started, but had not ended when the time ran out";
-  ending.origin = "program";
-  ending.exitCode = kExitTransport;
-  return ending;
+  return FailedHere(client::kTimedOut,
+                    "the restart was started, but had not ended when the time ran out",
+                    kExitTransport);
 }
 
 int StartAndWait(Report& report, Output& output, ActionCalls& calls, const std::string& device,

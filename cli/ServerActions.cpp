@@ -142,12 +142,10 @@ int StopAction(const Invocation& invocation, Output& output) {
     report.Line("the server has stopped");
     return report.Finish(result);
   }
-  Ending ending;
-  ending.code = client::kTimedOut;
-  ending.name = client::ResultName(ending.code);
-  ending.text = "the server took the stop request, but had not ended when the time ran out";
+  Ending ending = FailedHere(
+      client::kTimedOut,
+      "the server took the stop request, but had not ended when the time ran out", kExitTransport);
   ending.origin = "process";
-  ending.exitCode = kExitTransport;
   return report.Finish(ending);
 }
 

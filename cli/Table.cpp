@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "cli/Json.h"
+#include "platform/AsciiCase.h"
 
 namespace cli {
 namespace {
@@ -40,7 +41,7 @@ std::string TitleOf(std::string_view name) {
   std::string title;
   for (const char c : name) {
     if (IsUpper(c)) title += ' ';
-    title += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    title += platform::UpperCase(c);
   }
   return title;
 }

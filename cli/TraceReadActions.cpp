@@ -65,9 +65,9 @@ void AddStats(JsonWriter& json, const traceview::FunctionStats& stats) {
   json.Close('}');
 }
 
-}  // namespace
-
-int TraceDumpAction(const Invocation& invocation, Output& output) {
+// Reads the trace that is asked for; `show` adds its lines to the report.
+template <typename Show>
+int ReportOnTrace(const Invocation& invocation, Output& output, Show show) {
   TraceRequest request;
   const std::string wrong = ReadTraceRequest(invocation, request);
   if (!wrong.empty()) return UsageError(output, invocation, wrong);
@@ -75,34 +75,12 @@ int TraceDumpAction(const Invocation& invocation, Output& output) {
   TraceReading reading;
   const std::string why = ReadTrace(request, reading);
   if (!why.empty()) return FinishNotThere(report, request, why);
-  const std::vector<traceview::TraceLine>& lines = reading.lines;
   ShowNotes(report, output, reading.notes);
-
-  const LinePrinter printer(invocation, output);
-  if (report.IsJson()) report.Json().Name("lines").Open('[');
-  for (const traceview::TraceLine& line : lines) {
-    if (report.IsJson()) {
-      AddTraceLine(report.Json(), line);
-      continue;
-    }
-    output.out += printer.Text(line);
-    if (output.out.size() > kPiece) output.Write();
-  }
-  if (report.IsJson()) report.Json().Close(']');
+  show(report, reading.lines);
   return report.Finish(DoneHere());
 }
 
-int TraceStatsAction(const Invocation& invocation, Output& output) {
-  TraceRequest request;
-  const std::string wrong = ReadTraceRequest(invocation, request);
-  if (!wrong.empty()) return UsageError(output, invocation, wrong);
-  Report report(invocation, output);
-  TraceReading reading;
-  const std::string why = ReadTrace(request, reading);
-  if (!why.empty()) return FinishNotThere(report, request, why);
-  const std::vector<traceview::TraceLine>& lines = reading.lines;
-  ShowNotes(report, output, reading.notes);
-
+void ShowStatsOf(Report& report, const std::vector<traceview::TraceLine>& lines) {
   report.Line(StatsLine("function", {"lines", "calls", "errors", "results", "min ms", "mean ms",
                                      "max ms", "p99 ms"}));
   if (report.IsJson()) report.Json().Name("functions").Open('[');
@@ -112,7 +90,29 @@ int TraceStatsAction(const Invocation& invocation, Output& output) {
   }
   if (report.IsJson()) report.Json().Close(']').Name("lines").Number(lines.size());
   report.Line(std::to_string(lines.size()) + (lines.size() == 1 ? " line" : " lines"));
-  return report.Finish(DoneHere());
+}
+
+}  // namespace
+
+int TraceDumpAction(const Invocation& invocation, Output& output) {
+  return ReportOnTrace(invocation, output,
+                       [&](Report& report, const std::vector<traceview::TraceLine>& lines) {
+                         const LinePrinter printer(invocation, output);
+                         if (report.IsJson()) report.Json().Name("lines").Open('[');
+                         for (const traceview::TraceLine& line : lines) {
+                           if (report.IsJson()) {
+                             AddTraceLine(report.Json(), line);
+                             continue;
+                           }
+                           output.out += printer.Text(line);
+                           if (output.out.size() > kPiece) output.Write();
+                         }
+                         if (report.IsJson()) report.Json().Close(']');
+                       });
+}
+
+int TraceStatsAction(const Invocation& invocation, Output& output) {
+  return ReportOnTrace(invocation, output, ShowStatsOf);
 }
 
 }  // namespace cli

@@ -27,12 +27,8 @@ std::string NameOf(const std::string& utf8) {
 }
 
 Ending NotWritten(const std::string& text) {
-  Ending ending;
-  ending.code = 29;
-  ending.name = "ERROR_WRITE_FAULT";
-  ending.text = text;
-  ending.origin = "program";
-  ending.exitCode = kExitTransport;
+  Ending ending = FailedHere(29, text, kExitTransport);
+  ending.name = "ERROR_WRITE_FAULT";  // no code of the server's
   return ending;
 }
 

@@ -243,14 +243,6 @@ std::string NoRing(std::uint32_t error) {
   return "the ring cannot be read: error " + std::to_string(error);
 }
 
-Ending NotThere(const std::string& why) {
-  Ending ending;
-  ending.code = kNotFound;
-  ending.name = "ERROR_FILE_NOT_FOUND";
-  ending.text = why;
-  ending.origin = "program";
-  ending.exitCode = kExitUsage;
-  return ending;
-}
+Ending NotThere(const std::string& why) { return FailedHere(kNotFound, why, kExitUsage); }
 
 }  // namespace cli

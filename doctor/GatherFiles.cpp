@@ -8,15 +8,10 @@
 
 #include "doctor/Gather.h"
 #include "platform/UniqueHandle.h"
+#include "platform/WinHandles.h"
 
 namespace doctor {
 namespace {
-
-struct FileTraits {
-  using Type = HANDLE;
-  static Type None() { return INVALID_HANDLE_VALUE; }
-  static void Close(Type handle) { (void)CloseHandle(handle); }
-};
 
 struct LocalTraits {
   using Type = PSECURITY_DESCRIPTOR;
@@ -90,7 +85,7 @@ bool IsStandIn(const std::string& path) {
 }  // namespace
 
 ImageKind KindOfFile(const std::string& path) {
-  const UniqueHandle<FileTraits> file(CreateFileA(
+  const UniqueFileHandle file(CreateFileA(
       path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
       /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
       /*hTemplateFile=*/nullptr));

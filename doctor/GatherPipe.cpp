@@ -5,20 +5,13 @@
 #include "client/Deadline.h"
 #include "client/QorlixClient.h"
 #include "doctor/Gather.h"
-#include "platform/UniqueHandle.h"
+#include "platform/WinHandles.h"
 
 namespace doctor {
 namespace {
 
-struct HandleTraits {
-  using Type = HANDLE;
-  static Type None() { return nullptr; }
-  static void Close(Type handle) { (void)CloseHandle(handle); }
-};
-using OwnedHandle = UniqueHandle<HandleTraits>;
-
 // Rights and flags are those of the client: what it may not do is not asked for here.
-std::uint32_t Connect(const char* name, std::uint32_t timeoutMs, OwnedHandle& pipe) {
+std::uint32_t Connect(const char* name, std::uint32_t timeoutMs, UniqueKernelHandle& pipe) {
   const client::Deadline deadline(timeoutMs);
   for (;;) {
     const HANDLE opened =
@@ -37,7 +30,7 @@ std::uint32_t Connect(const char* name, std::uint32_t timeoutMs, OwnedHandle& pi
 }
 
 PipeFacts::Elevation ElevationOf(HANDLE process) {
-  OwnedHandle token;
+  UniqueKernelHandle token;
   if (OpenProcessToken(process, TOKEN_QUERY, token.put()) == FALSE) {
     return PipeFacts::Elevation::Unknown;
   }
@@ -51,7 +44,7 @@ PipeFacts::Elevation ElevationOf(HANDLE process) {
 }
 
 void LookAtProcess(PipeFacts& facts) {
-  const OwnedHandle process(
+  const UniqueKernelHandle process(
       OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, /*bInheritHandle=*/FALSE, facts.process));
   if (!process) return;
   char program[MAX_PATH] = "";
@@ -85,7 +78,7 @@ PipeFacts GatherPipe(const char* name, std::uint32_t timeoutMs) {
   PipeFacts facts;
   facts.name = name;
   {
-    OwnedHandle pipe;
+    UniqueKernelHandle pipe;
     facts.error = Connect(name, timeoutMs, pipe);
     if (facts.error != 0) return facts;
     LookAtPipe(pipe.get(), facts);

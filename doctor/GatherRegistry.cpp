@@ -5,26 +5,19 @@
 #include "doctor/Gather.h"
 #include "doctor/PluginValue.h"
 #include "platform/MachineSetting.h"
-#include "platform/UniqueHandle.h"
+#include "platform/WinHandles.h"
 
 namespace doctor {
 namespace {
 
-struct KeyTraits {
-  using Type = HKEY;
-  static Type None() { return nullptr; }
-  static void Close(Type key) { (void)RegCloseKey(key); }
-};
-using OwnedKey = UniqueHandle<KeyTraits>;
-
-OwnedKey Open(HKEY above, const char* path) {
+UniqueRegKey Open(HKEY above, const char* path) {
   HKEY key = nullptr;
   if (RegOpenKeyExA(above, path, /*ulOptions=*/0, KEY_READ, &key) != ERROR_SUCCESS) key = nullptr;
-  return OwnedKey(key);
+  return UniqueRegKey(key);
 }
 
 // A value that grows between the two calls counts as missing; it is being written just now.
-ValueFacts Value(const OwnedKey& key, const char* name) {
+ValueFacts Value(const UniqueRegKey& key, const char* name) {
   ValueFacts value;
   DWORD type = 0;
   DWORD size = 0;
@@ -47,8 +40,8 @@ ImageKind KindOfPlugin(const std::string& systemFolder, const ValueFacts& value)
   return KindOfFile(systemFolder + '\\' + library);
 }
 
-DeviceFacts Device(const OwnedKey& above, const char* name, const std::string& systemFolder) {
-  const OwnedKey key = Open(above.get(), name);
+DeviceFacts Device(const UniqueRegKey& above, const char* name, const std::string& systemFolder) {
+  const UniqueRegKey key = Open(above.get(), name);
   DeviceFacts device;
   device.name = name;
   device.hardwareId = Value(key, "HardwareID");
@@ -82,7 +75,7 @@ EventSourceFacts Source(const char* name) {
   source.name = name;
   const std::string path =
       std::string("SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\") + name;
-  const OwnedKey key = Open(HKEY_LOCAL_MACHINE, path.c_str());
+  const UniqueRegKey key = Open(HKEY_LOCAL_MACHINE, path.c_str());
   source.isRegistered = static_cast<bool>(key);
   const ValueFacts value = Value(key, "EventMessageFile");
   // Several files may be named; the first one is as good as all.
@@ -99,12 +92,12 @@ EventSourceFacts Source(const char* name) {
 }  // namespace
 
 void GatherRegistry(const std::string& systemFolder, Facts& facts) {
-  const OwnedKey tree = Open(HKEY_LOCAL_MACHINE, "SOFTWARE\\Vesmark\\NORVA");
+  const UniqueRegKey tree = Open(HKEY_LOCAL_MACHINE, "SOFTWARE\\Vesmark\\NORVA");
   facts.hasTree = static_cast<bool>(tree);
-  const OwnedKey settings = Open(HKEY_LOCAL_MACHINE, platform::kMachineSettingKey);
+  const UniqueRegKey settings = Open(HKEY_LOCAL_MACHINE, platform::kMachineSettingKey);
   facts.setUp = Value(settings, "SetupSucceeded");
   facts.strictProfile = Value(settings, "StrictProfile");
-  const OwnedKey devices =
+  const UniqueRegKey devices =
       Open(HKEY_LOCAL_MACHINE, "SOFTWARE\\Vesmark\\NORVA\\DefDevices\\DeviceID");
   if (!devices) return;
   for (DWORD i = 0;; ++i) {

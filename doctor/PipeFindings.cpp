@@ -1,7 +1,6 @@
-#include <algorithm>
-
 #include "client/Result.h"
 #include "doctor/Findings.h"
+#include "platform/AsciiCase.h"
 
 namespace doctor {
 namespace {
@@ -10,14 +9,6 @@ constexpr std::uint32_t kNotFound = 2;
 constexpr std::uint32_t kAccessDenied = 5;
 constexpr std::uint32_t kBusy = 231;
 constexpr std::uint32_t kInstances = 64;
-
-bool EqualsIgnoringCase(const std::string& a, const std::string& b) {
-  const auto lower = [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  };
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [lower](char x, char y) { return lower(x) == lower(y); });
-}
 
 Finding Unreached(const PipeFacts& pipe) {
   switch (pipe.error) {
@@ -48,7 +39,7 @@ std::string Process(const PipeFacts& pipe) {
 void ExamineOwner(const PipeFacts& pipe, Findings& findings) {
   const std::size_t slash = pipe.program.find_last_of("\\/");
   const std::string file = pipe.program.substr(slash == std::string::npos ? 0 : slash + 1);
-  if (!pipe.program.empty() && !EqualsIgnoringCase(file, "QorlixSRV.exe")) {
+  if (!pipe.program.empty() && !platform::EqualsIgnoringCase(file, "QorlixSRV.exe")) {
     findings.push_back({Severity::Error, "pipe",
                         pipe.name + " belongs to " + Process(pipe) + ", which is not QorlixSRV.exe",
                         "end that program, then start the server"});

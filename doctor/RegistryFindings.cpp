@@ -1,6 +1,6 @@
 #include "doctor/Findings.h"
 #include "doctor/PluginValue.h"
-#include "trace/TraceText.h"
+#include "platform/AsciiCase.h"
 
 namespace doctor {
 namespace {
@@ -42,10 +42,10 @@ Finding Profile(const ValueFacts& setting) {
   const bool isText = setting.type == kText || setting.type == kExpandable;
   const std::string text = isText ? TextOf(setting) : "";
   if (!setting.isThere) return {Severity::Ok, "profile", "the strict profile is off", ""};
-  if (zqotrc::EqualsIgnoringCase(text, "enforce")) {
+  if (platform::EqualsIgnoringCase(text, "enforce")) {
     return {Severity::Ok, "profile", "the strict profile is enforced", ""};
   }
-  if (zqotrc::EqualsIgnoringCase(text, "report")) {
+  if (platform::EqualsIgnoringCase(text, "report")) {
     return {Severity::Note, "profile",
             "the strict profile reports to the event log what it would refuse, and refuses nothing",
             "look for events that begin with 'Strict profile would refuse'; without any, set "

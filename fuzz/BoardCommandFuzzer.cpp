@@ -15,6 +15,7 @@
 #include "tests/fakes/FakeNamedObject.h"
 #include "tests/fakes/FakePipeIo.h"
 #include "tests/fakes/ScriptedBoardLibrary.h"
+#include "tests/support/PoolReset.h"
 
 namespace {
 
@@ -293,13 +294,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fake_pipe_io::Reset();
   fake_named_object::Reset();
   InstallLibrary();
-  for (PipeInstance& pipe : Pipe) {
-    pipe.overlapped = {};
-    pipe.dwState = CONNECTING_STATE;
-    pipe.fPendingIO = 0;
-    pipe.ReceivePointer = 0;
-    pipe.cbWriteNext = 0;
-  }
+  ResetPool();
   // What a request or a reply does not fill is neither zero nor text.
   PipeInstance& pipe = PipeOf(kConId);
   std::memset(pipe.RequestBuffer, 0xEE, sizeof(pipe.RequestBuffer));

@@ -5,7 +5,6 @@
 
 #include "fuzz/FuzzedPipe.h"
 #include "fuzz/FuzzedRequests.h"
-#include "server/PipeInstance.h"
 #include "server/QorlixSRVPipe.h"
 #include "tests/fakes/FakeBoardLibrary.h"
 #include "tests/fakes/FakeDynamicLibrary.h"
@@ -13,18 +12,13 @@
 #include "tests/fakes/FakeMessageBox.h"
 #include "tests/fakes/FakeNamedObject.h"
 #include "tests/fakes/FakeRegistry.h"
+#include "tests/support/PoolReset.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fake_named_object::Reset();
   fake_board_library::Reset();
   fuzzed_requests::Arrange();
-  for (PipeInstance& pipe : Pipe) {
-    pipe.overlapped = {};
-    pipe.dwState = CONNECTING_STATE;
-    pipe.fPendingIO = 0;
-    pipe.ReceivePointer = 0;
-    pipe.cbWriteNext = 0;
-  }
+  ResetPool();
 
   fuzzed_pipe::Begin({data, size});
   {

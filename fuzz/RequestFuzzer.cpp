@@ -18,6 +18,7 @@
 #include "server/PipeInstance.h"
 #include "server/QorlixSRVPipe.h"
 #include "tests/fakes/FakePipeIo.h"
+#include "tests/support/PoolReset.h"
 
 namespace {
 
@@ -172,16 +173,6 @@ class Client {
   bool isProbing_ = false;
   bool hasStopped_ = false;
 };
-
-void ResetPool() {
-  for (PipeInstance& pipe : Pipe) {
-    pipe.overlapped = {};
-    pipe.dwState = CONNECTING_STATE;
-    pipe.fPendingIO = 0;
-    pipe.ReceivePointer = 0;
-    pipe.cbWriteNext = 0;
-  }
-}
 
 }  // namespace
 

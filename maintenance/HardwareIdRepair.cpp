@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "platform/AsciiCase.h"
 #include "platform/GuardedCall.h"
 #include "registry/RegistryOperation.h"
 #include "server/SrvResult.h"
@@ -26,14 +27,6 @@ constexpr HwIdRepairEntry kRepairTable[] = {
     {"HWX7090", "NB300", "PCI\\VEN_1F3C&DEV_2404", "PCI\\VEN_1F3C&DEV_5404&SUBSYS_54041F3C"},
 };
 
-// Identifiers are ASCII; letters beyond are compared as they are.
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-bool EqualIgnoringCase(const char* a, const char* b) {
-  while (*a != '\0' && Lower(*a) == Lower(*b)) ++a, ++b;
-  return Lower(*a) == Lower(*b);
-}
-
 // What all three steps do once the key's name has been found to be the row's.
 void RepairKey(const char* function, const char* area, const char* name,
                const HwIdRepairEntry& row) {
@@ -51,7 +44,7 @@ void RepairKey(const char* function, const char* area, const char* name,
 
   ZQ_TRACE(TRC_PROGRESS, function, "... found HwId=%s", value);
   ZQ_TRACE(TRC_PROGRESS, function, "... cmp   HwId=%s", row.incompleteId);
-  if (value[0] != '\0' && EqualIgnoringCase(value, row.incompleteId)) {
+  if (value[0] != '\0' && platform::EqualsIgnoringCase(value, row.incompleteId)) {
     ZQ_TRACE(TRC_PROGRESS, function, "... Set new HwId=%s", row.completeId);
     result = RegSetValueBL(path, kHardwareId, row.completeId);
     ZQ_TRACE(TRC_PROGRESS, function, "RegistrySetValue returned with result: %d",

@@ -2,16 +2,10 @@
 
 #include <windows.h>
 
-#include "platform/UniqueHandle.h"
+#include "platform/WinHandles.h"
 
 namespace platform {
 namespace {
-
-struct FileTraits {
-  using Type = HANDLE;
-  static Type None() { return INVALID_HANDLE_VALUE; }
-  static void Close(Type handle) { (void)CloseHandle(handle); }
-};
 
 // Room for any well-known SID, aligned as one.
 union SidRoom {
@@ -126,7 +120,7 @@ const char* PrepareAdminFolder(const char* path) {
     return "it cannot be made";
   }
 
-  const UniqueHandle<FileTraits> folder(
+  const UniqueFileHandle folder(
       CreateFileA(path, FILE_READ_ATTRIBUTES | READ_CONTROL, FILE_SHARE_READ | FILE_SHARE_WRITE,
                   /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING,
                   FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));

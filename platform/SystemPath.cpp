@@ -2,11 +2,7 @@
 
 #include <cstring>
 
-namespace {
-
-char FoldCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-}  // namespace
+#include "platform/AsciiCase.h"
 
 std::uint32_t platform::AppendToPath(PathBuffer& path, const char* text) {
   const std::size_t used = strnlen(path, sizeof(path));
@@ -22,8 +18,7 @@ std::uint32_t platform::AppendToPath(PathBuffer& path, const char* text) {
 // The letters' case is folded where that is the same on every code page; a folder in another
 // spelling of its other letters counts as another one.
 bool platform::LiesBelow(const char* full, const char* folder) {
-  for (; *folder != '\0'; ++full, ++folder) {
-    if (FoldCase(*full) != FoldCase(*folder)) return false;
-  }
-  return full[0] == '\\' && full[1] != '\0';
+  if (!StartsWithIgnoringCase(full, folder)) return false;
+  const char* const rest = full + std::strlen(folder);
+  return rest[0] == '\\' && rest[1] != '\0';
 }

@@ -15,6 +15,7 @@
 #else
 
 using HANDLE = void*;
+using HKEY = struct HKEY__*;
 
 struct OVERLAPPED {
   std::uintptr_t Internal;

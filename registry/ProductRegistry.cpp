@@ -2,22 +2,12 @@
 
 #include <shlwapi.h>
 
-#include "platform/UniqueHandle.h"
+#include "platform/WinHandles.h"
 #include "registry/ProductInformation.h"
-
-namespace {
-
-struct RegKeyTraits {
-  using Type = HKEY;
-  static Type None() { return nullptr; }
-  static void Close(Type key) { (void)RegCloseKey(key); }
-};
-
-}  // namespace
 
 bool ReadProductValues(const char* key, const char* const* names, ProductValue* values,
                        std::size_t count) {
-  UniqueHandle<RegKeyTraits> opened;
+  UniqueRegKey opened;
   if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, key, /*ulOptions=*/0, KEY_READ, opened.put()) !=
       ERROR_SUCCESS) {
     return false;

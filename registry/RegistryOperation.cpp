@@ -6,18 +6,11 @@
 
 #include <cstring>
 
-#include "platform/UniqueHandle.h"
+#include "platform/WinHandles.h"
 #include "server/SrvResult.h"
 #include "trace/Zqotrc.h"
 
 namespace {
-
-struct RegKeyTraits {
-  using Type = HKEY;
-  static Type None() { return nullptr; }
-  static void Close(Type key) { (void)RegCloseKey(key); }
-};
-using UniqueRegKey = UniqueHandle<RegKeyTraits>;
 
 std::uint32_t Code(LSTATUS status) { return static_cast<std::uint32_t>(status); }
 

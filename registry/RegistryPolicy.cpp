@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "platform/AsciiCase.h"
 #include "platform/EventLog.h"
 #include "registry/RegistryOperation.h"
 
@@ -16,18 +17,6 @@ constexpr const char* kPermittedRegRoot[] = {
 
 constexpr std::size_t kLongestPath = 260;
 
-// The prefixes are ASCII, and no byte outside ASCII folds to an ASCII letter that they contain, nor
-// is a lead byte of a double-byte code page ASCII. So folding ASCII alone decides as the
-// multi-byte compare of the platform does, on every code page.
-char FoldCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-bool StartsWithNoCase(const char* text, const char* prefix) {
-  for (; *prefix != '\0'; ++text, ++prefix) {
-    if (FoldCase(*text) != FoldCase(*prefix)) return false;
-  }
-  return true;
-}
-
 void ReportRefusal(const char* path) {
   // Room for the longest text that a request can carry.
   static constexpr char kText[] = "Invalid Access to Reg-Key: ";
@@ -38,9 +27,12 @@ void ReportRefusal(const char* path) {
 
 }  // namespace
 
+// The prefixes are ASCII, and no byte outside ASCII folds to an ASCII letter that they contain, nor
+// is a lead byte of a double-byte code page ASCII. So folding ASCII alone decides as the
+// multi-byte compare of the platform does, on every code page.
 const char* BehindPermittedPrefix(const char* canonical) {
   for (const char* const root : kPermittedRegRoot) {
-    if (StartsWithNoCase(canonical, root)) return canonical + std::strlen(root);
+    if (platform::StartsWithIgnoringCase(canonical, root)) return canonical + std::strlen(root);
   }
   return nullptr;
 }

@@ -6,10 +6,10 @@
 #include <initializer_list>
 #include <string_view>
 
+#include "platform/AsciiCase.h"
 #include "platform/GuardedCall.h"
 #include "registry/RegistryOperation.h"
 #include "registry/RegistryPolicy.h"
-#include "trace/TraceText.h"
 
 namespace {
 
@@ -23,15 +23,15 @@ bool LiesIn(const char* path, std::initializer_list<std::string_view> key) {
     if (*path != '\\') return false;
     while (*path == '\\') ++path;
     const std::string_view here(path, std::strcspn(path, "\\"));
-    if (!zqotrc::EqualsIgnoringCase(here, element)) return false;
+    if (!platform::EqualsIgnoringCase(here, element)) return false;
     path += here.size();
   }
   return true;
 }
 
 bool IsPluginValue(const char* name) {
-  return zqotrc::EqualsIgnoringCase(name, "Installer") ||
-         zqotrc::EqualsIgnoringCase(name, "Deinstaller");
+  return platform::EqualsIgnoringCase(name, "Installer") ||
+         platform::EqualsIgnoringCase(name, "Deinstaller");
 }
 
 // Whether a deletion of the path has a tree to delete: path\path, as the primitive has it. A

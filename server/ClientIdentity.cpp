@@ -2,21 +2,14 @@
 
 #include <windows.h>
 
-#include "platform/UniqueHandle.h"
+#include "platform/WinHandles.h"
 
 namespace client_identity {
 namespace {
 
-struct TokenTraits {
-  using Type = HANDLE;
-  static Type None() { return nullptr; }
-  static void Close(Type handle) { (void)CloseHandle(handle); }
-};
-using UniqueToken = UniqueHandle<TokenTraits>;
-
 // The client's token, which outlives the impersonation. Between the two calls around it stands the
 // one call that needs the identity, and nothing that could leave early.
-void TakeToken(HANDLE pipe, UniqueToken& token) {
+void TakeToken(HANDLE pipe, UniqueKernelHandle& token) {
   if (ImpersonateNamedPipeClient(pipe) == FALSE) return;
   // As the process: a client that let itself be identified only could not open its own token.
   (void)OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, /*OpenAsSelf=*/TRUE, token.put());
@@ -26,7 +19,7 @@ void TakeToken(HANDLE pipe, UniqueToken& token) {
 }  // namespace
 
 bool IsAdministrator(HANDLE pipe) {
-  UniqueToken token;
+  UniqueKernelHandle token;
   TakeToken(pipe, token);
   if (token.get() == nullptr) return false;
 

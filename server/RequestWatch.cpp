@@ -7,7 +7,7 @@
 #include <memory>
 #include <new>
 
-#include "platform/UniqueHandle.h"
+#include "platform/WinHandles.h"
 #include "server/HangDetector.h"
 
 namespace {
@@ -18,19 +18,13 @@ constexpr DWORD kJoinMs = 1000;
 // It formats one line and calls the trace.
 constexpr unsigned kStackSize = 256 * 1024;
 
-struct HandleTraits {
-  using Type = HANDLE;
-  static Type None() { return nullptr; }
-  static void Close(Type handle) { (void)CloseHandle(handle); }
-};
-
 }  // namespace
 
 struct RequestWatch::Work {
   explicit Work(std::uint32_t limit) : limitMs(limit), detector(limit) {}
   const std::uint32_t limitMs;
   HangDetector detector;
-  UniqueHandle<HandleTraits> stop;
+  UniqueKernelHandle stop;
 };
 
 RequestWatch::RequestWatch(std::uint32_t limitMs) {

@@ -4,17 +4,10 @@
 
 #include <aclapi.h>
 
-#include "platform/UniqueHandle.h"
+#include "platform/WinHandles.h"
 #include "server/SecurityPlan.h"
 
 namespace {
-
-struct HandleTraits {
-  using Type = HANDLE;
-  static Type None() { return nullptr; }
-  static void Close(Type handle) { (void)CloseHandle(handle); }
-};
-using UniqueKernelHandle = UniqueHandle<HandleTraits>;
 
 void* AllocLocal(SIZE_T size) { return LocalAlloc(LPTR, size); }
 

@@ -4,12 +4,12 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "platform/AsciiCase.h"
 #include "platform/EventLog.h"
 #include "platform/MachineSetting.h"
 #include "registry/RegistryPolicy.h"
 #include "server/ClientIdentity.h"
 #include "server/PipeInstance.h"
-#include "trace/TraceText.h"
 #include "trace/Zqotrc.h"
 
 namespace strict_profile {
@@ -65,8 +65,8 @@ void Read() {
   g_mode = Mode::Off;
   char text[16];
   if (!platform::ReadMachineText("StrictProfile", text, sizeof(text))) return;
-  if (zqotrc::EqualsIgnoringCase(text, "report")) g_mode = Mode::Report;
-  if (zqotrc::EqualsIgnoringCase(text, "enforce")) g_mode = Mode::Enforce;
+  if (platform::EqualsIgnoringCase(text, "report")) g_mode = Mode::Report;
+  if (platform::EqualsIgnoringCase(text, "enforce")) g_mode = Mode::Enforce;
 }
 
 bool Refuses(Threat threat, int conId, const char* object, const char* name) {

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <limits>
 
+#include "platform/AsciiCase.h"
 #include "trace/TraceText.h"
 
 namespace zqotrc {
@@ -83,9 +84,9 @@ std::int32_t ParseNumber(const char* text) {
 }
 
 TraceFormat ParseFormat(std::string_view text) {
-  if (EqualsIgnoringCase(text, "SHORT")) return TraceFormat::kShort;
-  if (EqualsIgnoringCase(text, "TIME")) return TraceFormat::kTime;
-  if (EqualsIgnoringCase(text, "TEXT")) return TraceFormat::kText;
+  if (platform::EqualsIgnoringCase(text, "SHORT")) return TraceFormat::kShort;
+  if (platform::EqualsIgnoringCase(text, "TIME")) return TraceFormat::kTime;
+  if (platform::EqualsIgnoringCase(text, "TEXT")) return TraceFormat::kText;
   return TraceFormat::kLong;
 }
 
@@ -101,7 +102,7 @@ TraceOutput ParseOutput(std::string_view text) {
       {"DBG", TraceOutput::kDebugger}, {"ZqTRACEENGINE", TraceOutput::kEngine},
   };
   for (const OutputName& known : kOutputs) {
-    if (EqualsIgnoringCase(text, known.name)) return known.output;
+    if (platform::EqualsIgnoringCase(text, known.name)) return known.output;
   }
   return TraceOutput::kFile;
 }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "trace/TraceText.h"
+#include "platform/AsciiCase.h"
 
 namespace zqotrc {
 namespace {
@@ -78,7 +78,7 @@ bool MatchesPattern(std::string_view pattern, std::string_view value, MatchMode 
 
 void PatternList::Assign(std::string_view text) {
   text = text.substr(0, kBufferSize - 1);
-  std::transform(text.begin(), text.end(), text_.begin(), UpperCase);
+  std::transform(text.begin(), text.end(), text_.begin(), platform::UpperCase);
   count_ = 0;
   std::size_t begin = 0;
   while (begin < text.size() && count_ < kMaxPatterns) {
@@ -97,7 +97,7 @@ bool PatternList::Passes(std::string_view value, MatchMode mode) const {
   char upper[kMaxValueLength];
   const std::size_t length = std::min(value.size(), kMaxValueLength);
   std::transform(value.begin(), value.begin() + static_cast<std::ptrdiff_t>(length), upper,
-                 UpperCase);
+                 platform::UpperCase);
   for (std::size_t index = 0; index < count_; ++index) {
     if (MatchesPattern((*this)[index], {upper, length}, mode)) return true;
   }

@@ -64,9 +64,4 @@ std::size_t FormatCut(char* buffer, std::size_t capacity, const char* format, ..
   return length;
 }
 
-bool EqualsIgnoringCase(std::string_view one, std::string_view other) {
-  return std::equal(one.begin(), one.end(), other.begin(), other.end(),
-                    [](char a, char b) { return UpperCase(a) == UpperCase(b); });
-}
-
 }  // namespace zqotrc

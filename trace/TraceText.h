@@ -49,13 +49,6 @@ class CutText {
 [[gnu::format(printf, 3, 0)]] std::size_t FormatListCut(char* buffer, std::size_t capacity,
                                                         const char* format, std::va_list arguments);
 
-/// Upper case of an ASCII letter; anything else as it is.
-constexpr char UpperCase(char letter) {
-  return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-}
-
-bool EqualsIgnoringCase(std::string_view one, std::string_view other);
-
 }  // namespace zqotrc
 
 #endif  // TRACE_TRACETEXT_H_

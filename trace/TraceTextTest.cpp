@@ -91,11 +91,4 @@ TEST(FormatCutTest, ClientTextsOfEightKibibytesAreCut) {
   EXPECT_EQ(FormatCut(buffer, sizeof(buffer), "<< %s", client.c_str()), 1023u);
 }
 
-TEST(EqualsIgnoringCaseTest, OnlyTheCaseOfLettersMayDiffer) {
-  EXPECT_TRUE(zqotrc::EqualsIgnoringCase("ZqTraceEngine", "ZQTRACEENGINE"));
-  EXPECT_FALSE(zqotrc::EqualsIgnoringCase("TEXT", "TEX"));
-  EXPECT_FALSE(zqotrc::EqualsIgnoringCase("@", "`"));
-  EXPECT_FALSE(zqotrc::EqualsIgnoringCase("[", "{"));
-}
-
 }  // namespace

@@ -4,17 +4,10 @@
 
 #include <cstdio>
 
-#include "platform/UniqueHandle.h"
+#include "platform/WinHandles.h"
 
 namespace traceview {
 namespace {
-
-struct FileTraits {
-  using Type = HANDLE;
-  static Type None() { return INVALID_HANDLE_VALUE; }
-  static void Close(Type file) { (void)CloseHandle(file); }
-};
-using UniqueFile = UniqueHandle<FileTraits>;
 
 HANDLE OpenShared(const std::string& path, DWORD access) {
   return CreateFileA(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
@@ -29,7 +22,7 @@ constexpr std::uint64_t Join(DWORD high, DWORD low) {
 }  // namespace
 
 FileState StateOf(const std::string& path) {
-  const UniqueFile file(OpenShared(path, FILE_READ_ATTRIBUTES));
+  const UniqueFileHandle file(OpenShared(path, FILE_READ_ATTRIBUTES));
   BY_HANDLE_FILE_INFORMATION data;
   if (file.get() == INVALID_HANDLE_VALUE) return {};
   if (GetFileInformationByHandle(file.get(), &data) == FALSE) return {};
@@ -47,7 +40,7 @@ bool FolderExists(const std::string& path) {
 std::uint32_t ReadPart(const std::string& path, std::uint64_t offset, std::uint32_t most,
                        std::string& bytes) {
   bytes.clear();
-  const UniqueFile file(OpenShared(path, FILE_READ_DATA));
+  const UniqueFileHandle file(OpenShared(path, FILE_READ_DATA));
   if (file.get() == INVALID_HANDLE_VALUE) return GetLastError();
   LARGE_INTEGER at;
   at.QuadPart = static_cast<LONGLONG>(offset);

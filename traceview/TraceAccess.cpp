@@ -5,6 +5,7 @@
 #include <atomic>
 
 #include "platform/UniqueHandle.h"
+#include "platform/WinHandles.h"
 #include "traceview/TraceSettings.h"
 
 namespace traceview {
@@ -12,13 +13,6 @@ namespace {
 
 constexpr char kRingName[] = "Global\\ZqSDD_Trace";
 constexpr char kGenerationName[] = "Global\\ZqTRACE_SECTION";
-
-struct SectionTraits {
-  using Type = HANDLE;
-  static Type None() { return nullptr; }
-  static void Close(Type section) { (void)CloseHandle(section); }
-};
-using UniqueSection = UniqueHandle<SectionTraits>;
 
 struct ViewTraits {
   using Type = void*;
@@ -43,7 +37,7 @@ SharedRing::~SharedRing() {
 }
 
 std::uint32_t SharedRing::Attach() {
-  UniqueSection section(OpenFileMappingA(FILE_MAP_READ, /*bInheritHandle=*/FALSE, kRingName));
+  UniqueKernelHandle section(OpenFileMappingA(FILE_MAP_READ, /*bInheritHandle=*/FALSE, kRingName));
   if (!section) return GetLastError();
   // 0 bytes are all of them.
   UniqueView view(MapViewOfFile(section.get(), FILE_MAP_READ, /*dwFileOffsetHigh=*/0,
@@ -60,7 +54,7 @@ std::uint32_t SharedRing::Attach() {
 std::uint32_t RefreshAllTracers(std::uint32_t& generation) {
   using Counter = std::atomic<std::uint32_t>;
   static_assert(Counter::is_always_lock_free && sizeof(Counter) == sizeof(std::uint32_t));
-  const UniqueSection section(
+  const UniqueKernelHandle section(
       OpenFileMappingA(FILE_MAP_WRITE, /*bInheritHandle=*/FALSE, kGenerationName));
   if (!section) return GetLastError();
   const UniqueView view(MapViewOfFile(section.get(), FILE_MAP_WRITE, /*dwFileOffsetHigh=*/0,

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "trace/TraceText.h"
+#include "platform/AsciiCase.h"
 
 namespace traceview {
 namespace {
@@ -18,7 +18,7 @@ constexpr std::int64_t kCounterRange = 100000ll * 1000000;
 
 bool EndsIgnoringCase(std::string_view text, std::string_view end) {
   return text.size() >= end.size() &&
-         zqotrc::EqualsIgnoringCase(text.substr(text.size() - end.size()), end);
+         platform::EqualsIgnoringCase(text.substr(text.size() - end.size()), end);
 }
 
 std::string_view WithoutCarriageReturn(std::string_view line) {
@@ -62,7 +62,7 @@ std::string ReadWhole(const std::string& path, std::uint32_t source, ReadFile& f
 }
 
 bool SameName(const std::string& one, const std::string& other) {
-  return zqotrc::EqualsIgnoringCase(one, other);
+  return platform::EqualsIgnoringCase(one, other);
 }
 
 /// The files to read, pairs as neighbours. A twin that was not named may be missing.

@@ -4,8 +4,8 @@
 #include <charconv>
 #include <vector>
 
+#include "platform/AsciiCase.h"
 #include "trace/TraceFilter.h"
-#include "trace/TraceText.h"
 
 namespace traceview {
 namespace {
@@ -19,14 +19,14 @@ constexpr std::int64_t kDisorder = kHour;
 
 std::string UpperCased(std::string_view text) {
   std::string upper(text);
-  std::transform(upper.begin(), upper.end(), upper.begin(), zqotrc::UpperCase);
+  std::transform(upper.begin(), upper.end(), upper.begin(), platform::UpperCase);
   return upper;
 }
 
 bool ParseLevel(std::string_view word, std::uint32_t& bits) {
   for (const LevelCodeInfo& known : LevelCodes()) {
-    if (known.code != "??" && (zqotrc::EqualsIgnoringCase(word, known.name) ||
-                               zqotrc::EqualsIgnoringCase(word, known.code))) {
+    if (known.code != "??" && (platform::EqualsIgnoringCase(word, known.name) ||
+                               platform::EqualsIgnoringCase(word, known.code))) {
       bits = known.bits;
       return true;
     }

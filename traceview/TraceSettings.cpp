@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <iterator>
 
+#include "platform/AsciiCase.h"
 #include "trace/TraceHost.h"
-#include "trace/TraceText.h"
 #include "traceview/TraceQuery.h"
 
 namespace traceview {
@@ -92,7 +92,7 @@ void CheckMask(const Setting& setting, std::string_view text, CheckedValue& chec
 
 std::string_view OneOf(std::span<const std::string_view> words, std::string_view text) {
   const auto found = std::find_if(words.begin(), words.end(), [=](std::string_view word) {
-    return zqotrc::EqualsIgnoringCase(word, text);
+    return platform::EqualsIgnoringCase(word, text);
   });
   return found != words.end() ? *found : std::string_view();
 }
@@ -241,7 +241,7 @@ std::span<const Setting> Settings() { return kSettings; }
 const Setting* FindSetting(std::string_view name) {
   const auto* const found = std::find_if(
       std::begin(kSettings), std::end(kSettings),
-      [=](const Setting& setting) { return zqotrc::EqualsIgnoringCase(setting.name, name); });
+      [=](const Setting& setting) { return platform::EqualsIgnoringCase(setting.name, name); });
   return found != std::end(kSettings) ? found : nullptr;
 }
 

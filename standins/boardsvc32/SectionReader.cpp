@@ -47,29 +47,6 @@ bool ReadGuid(std::string_view text, BRDX_GUID& guid) {
 
 }  // namespace
 
-SectionReader::SectionReader(const InventorySection& section, std::vector<InventoryError>& errors)
-    : section_(section), errors_(errors), asked_(section.entries.size()) {}
-
-const InventoryEntry* SectionReader::Find(std::string_view key) {
-  for (std::size_t index = 0; index < section_.entries.size(); ++index) {
-    if (section_.entries[index].key == key) {
-      asked_[index] = true;
-      return &section_.entries[index];
-    }
-  }
-  return nullptr;
-}
-
-const std::string* SectionReader::Value(std::string_view key) {
-  const InventoryEntry* const entry = Find(key);
-  return entry != nullptr ? &entry->value : nullptr;
-}
-
-void SectionReader::Complain(std::string_view key, const std::string& problem) {
-  const InventoryEntry* const entry = Find(key);
-  errors_.push_back({entry != nullptr ? entry->line : section_.line, problem});
-}
-
 SectionReader& SectionReader::Text(std::string_view key, std::string& value) {
   const std::string* const found = Value(key);
   if (found != nullptr) value = *found;
@@ -89,23 +66,14 @@ SectionReader& SectionReader::Bytes(std::string_view key, std::string& value) {
 
 SectionReader& SectionReader::Number(std::string_view key, std::uint32_t& value,
                                      std::uint32_t most) {
-  const std::string* const found = Value(key);
-  if (found == nullptr) return *this;
-  const std::optional<std::uint32_t> number = ReadNumber(*found);
-  if (!number || *number > most) {
-    Complain(key, "a number from 0 to " + std::to_string(most) + " is wanted");
-  } else {
-    value = *number;
-  }
+  std::optional<std::uint32_t> number;
+  (void)standin::SectionReader::Number(key, number, most);
+  value = number.value_or(value);
   return *this;
 }
 
 SectionReader& SectionReader::Number(std::string_view key, std::optional<std::uint32_t>& value) {
-  std::uint32_t number = 0;
-  if (Value(key) != nullptr) {
-    Number(key, number);
-    value = number;
-  }
+  (void)standin::SectionReader::Number(key, value);
   return *this;
 }
 
@@ -129,19 +97,8 @@ SectionReader& SectionReader::Guid(std::string_view key, BRDX_GUID& value) {
 }
 
 SectionReader& SectionReader::Required(std::string_view key) {
-  if (Find(key) == nullptr) {
-    errors_.push_back({section_.line, "[" + section_.name + "] needs the key " + std::string(key)});
-  }
+  (void)standin::SectionReader::Required(key);
   return *this;
-}
-
-void SectionReader::End() {
-  for (std::size_t index = 0; index < asked_.size(); ++index) {
-    const InventoryEntry& entry = section_.entries[index];
-    if (!asked_[index]) {
-      errors_.push_back({entry.line, "[" + section_.name + "] has no key " + entry.key});
-    }
-  }
 }
 
 }  // namespace boardsim

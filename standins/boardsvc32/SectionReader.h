@@ -5,17 +5,17 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "board/boardsvc32.h"
 #include "standins/boardsvc32/InventoryText.h"
+#include "standins/script/SectionReader.h"
 
 namespace boardsim {
 
-/// Takes the keys of one section by name and type, and reports what does not fit.
-class SectionReader {
+/// Takes the keys of one section by name and by the types that an inventory has.
+class SectionReader : public standin::SectionReader {
  public:
-  SectionReader(const InventorySection& section, std::vector<InventoryError>& errors);
+  using standin::SectionReader::SectionReader;
 
   /// Each leaves its target as it is when the key is absent or reports why the value does not fit.
   SectionReader& Text(std::string_view key, std::string& value);
@@ -28,22 +28,6 @@ class SectionReader {
 
   /// Reports the key if the section lacks it.
   SectionReader& Required(std::string_view key);
-
-  /// \returns the value as it stands, nothing if the section lacks the key.
-  const std::string* Value(std::string_view key);
-
-  /// Reports a problem at the key's line, or the section's if it lacks the key.
-  void Complain(std::string_view key, const std::string& problem);
-
-  /// Reports every key that nobody asked for.
-  void End();
-
- private:
-  const InventoryEntry* Find(std::string_view key);
-
-  const InventorySection& section_;
-  std::vector<InventoryError>& errors_;
-  std::vector<bool> asked_;
 };
 
 }  // namespace boardsim

@@ -13,33 +13,6 @@ namespace {
 constexpr std::uint32_t kLongestDelay = 600000;  // milliseconds
 constexpr std::size_t kLargestFile = 1 << 20;
 
-// "*", "3" or "3-5".
-bool ReadCalls(std::string_view text, ScriptAnswer& answer) {
-  if (text == "*") return true;
-  const std::size_t hyphen = text.find('-');
-  const auto first = ReadNumber(TrimBlanks(text.substr(0, hyphen)));
-  const auto last =
-      hyphen == std::string_view::npos ? first : ReadNumber(TrimBlanks(text.substr(hyphen + 1)));
-  if (!first || !last || *first == 0 || *last < *first) return false;
-  answer.first = *first;
-  answer.last = *last;
-  return true;
-}
-
-void ReadRaised(SectionReader& reader, Raised& raised) {
-  const std::string* const word = reader.Value("raise");
-  if (word == nullptr) return;
-  std::string known;
-  for (const auto& [name, meaning] : kRaisedWords) {
-    if (*word == name) {
-      raised = meaning;
-      return;
-    }
-    known += (known.empty() ? "" : ", ") + std::string(name);
-  }
-  reader.Complain("raise", "one of these is wanted: " + known);
-}
-
 void ReadAnswer(const ScriptSection& section, CallScript& script) {
   const auto* const row = std::find_if(kExports.begin(), kExports.end(), [&](const ExportRow& r) {
     return r.name == section.argument;
@@ -53,12 +26,10 @@ void ReadAnswer(const ScriptSection& section, CallScript& script) {
   answer.which = static_cast<Export>(row - kExports.begin());
 
   SectionReader reader(section, script.errors);
-  const std::string* const calls = reader.Required("call");
-  if (calls != nullptr && !ReadCalls(*calls, answer)) {
-    reader.Complain("call", "calls are * or 3 or 3-5, counted from 1");
-  }
-  ReadRaised(reader, answer.raised);
-  reader.Number("result", answer.result)
+  (void)reader.Required("call");
+  reader.Calls("call", answer.first, answer.last)
+      .Word("raise", kRaisedWords, answer.raised)
+      .Number("result", answer.result)
       .Number("delay", answer.delay, kLongestDelay)
       .Number("last-error", answer.lastError);
   for (std::size_t index = 0; index < kMostOuts; ++index) {

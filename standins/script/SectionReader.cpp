@@ -2,6 +2,23 @@
 
 namespace standin {
 
+namespace {
+
+struct Range {
+  std::uint32_t first, last;
+};
+
+std::optional<Range> ReadRange(std::string_view text) {
+  const std::size_t hyphen = text.find('-');
+  const auto first = ReadNumber(TrimBlanks(text.substr(0, hyphen)));
+  const auto last =
+      hyphen == std::string_view::npos ? first : ReadNumber(TrimBlanks(text.substr(hyphen + 1)));
+  if (!first || !last || *first == 0 || *last < *first) return std::nullopt;
+  return Range{*first, *last};
+}
+
+}  // namespace
+
 SectionReader::SectionReader(const ScriptSection& section, std::vector<ScriptError>& errors)
     : section_(section), errors_(errors), asked_(section.entries.size()) {}
 
@@ -24,6 +41,20 @@ SectionReader& SectionReader::Number(std::string_view key, std::optional<std::ui
     Complain(key, "a number from 0 to " + std::to_string(most) + " is wanted");
   } else {
     value = number;
+  }
+  return *this;
+}
+
+SectionReader& SectionReader::Calls(std::string_view key, std::uint32_t& first,
+                                    std::uint32_t& last) {
+  const std::string* const text = Value(key);
+  if (text == nullptr || *text == "*") return *this;
+  const std::optional<Range> range = ReadRange(*text);
+  if (!range) {
+    Complain(key, "calls are * or 3 or 3-5, counted from 1");
+  } else {
+    first = range->first;
+    last = range->last;
   }
   return *this;
 }

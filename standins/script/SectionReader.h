@@ -20,6 +20,13 @@ class SectionReader {
   SectionReader& Number(std::string_view key, std::optional<std::uint32_t>& value,
                         std::uint32_t most = UINT32_MAX);
 
+  /// The same of one word of a table of pairs, word and meaning.
+  template <typename Table, typename Meaning>
+  SectionReader& Word(std::string_view key, const Table& table, Meaning& value);
+
+  /// The same of which calls are meant: "*" for all, "3" or "3-5", counted from 1.
+  SectionReader& Calls(std::string_view key, std::uint32_t& first, std::uint32_t& last);
+
   /// \returns the value as it stands, nothing if the section lacks the key.
   const std::string* Value(std::string_view key);
 
@@ -39,6 +46,22 @@ class SectionReader {
   std::vector<ScriptError>& errors_;
   std::vector<bool> asked_;
 };
+
+template <typename Table, typename Meaning>
+SectionReader& SectionReader::Word(std::string_view key, const Table& table, Meaning& value) {
+  const std::string* const word = Value(key);
+  if (word == nullptr) return *this;
+  std::string known;
+  for (const auto& [name, meaning] : table) {
+    if (*word == name) {
+      value = meaning;
+      return *this;
+    }
+    known += (known.empty() ? "" : ", ") + std::string(name);
+  }
+  Complain(key, "one of these is wanted: " + known);
+  return *this;
+}
 
 }  // namespace standin
 

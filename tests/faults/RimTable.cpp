@@ -18,6 +18,7 @@ constexpr char kPath[] = "platform/SystemPath.h";
 constexpr char kNamed[] = "platform/NamedObject.h";
 constexpr char kGuard[] = "platform/GuardedCall.h";
 constexpr char kClock[] = "platform/WallClock.h";
+constexpr char kHandles[] = "platform/WinHandles.h";
 constexpr char kProduct[] = "registry/ProductInformation.h";
 constexpr char kOs[] = "registry/OsName.h";
 constexpr char kHost[] = "trace/TraceHost.h";
@@ -136,6 +137,10 @@ const std::vector<Function> kFunctions = {
     {kGuard, "platform::ReserveStackForGuards", {}, kNoReport},
     {kClock, "platform::WallClock", {}, kMemoryOnly},
     {kClock, "platform::SleepMilliseconds", {}, kNoReport},
+    {kHandles, "KernelHandleTraits::Close", {}, "of a handle that is open"},
+    {kHandles, "FileHandleTraits::Close", {}, "of a handle that is open"},
+    {kHandles, "FileHandleTraits::None", {}, kMemoryOnly},
+    {kHandles, "RegKeyTraits::Close", {}, "of a key that is open"},
     {kNamed, "platform::CreateNamedMutex", {{"denied", 5}}},
     {kNamed, "platform::WaitForMutex", MutexWait()},
     {kNamed, "platform::ReleaseNamedMutex", {}, kNoReport},
@@ -222,6 +227,7 @@ const std::vector<PlatformFile> kPlatformFiles = {
     {"platform/SystemFolders.cpp", kPath},
     {"platform/WorkerThread.cpp", "platform/WorkerThread.h"},
     {"platform/WallClock.cpp", kClock},
+    {"platform/WinHandles.cpp", kHandles},
     {"trace/TraceHost.cpp", kHost},
     {"trace/TraceOutputs.cpp", kOutputs},
     {"trace/TraceEngineLibrary.cpp", kOutputs},

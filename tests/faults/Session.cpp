@@ -13,6 +13,7 @@
 #include "tests/fakes/FakePipeIo.h"
 #include "tests/fakes/FakeWorkerThread.h"
 #include "tests/fakes/trace/FakeTrace.h"
+#include "tests/support/PoolReset.h"
 #include "timer/ElapsedTimer.h"
 #include "trace/Zqotrc.h"
 
@@ -211,16 +212,6 @@ void CheckTrace(std::vector<std::string>& problems) {
   expectNone("open trace driver", machine.driverOpen ? 1 : 0);
 }
 
-void ForgetThePool() {
-  for (PipeInstance& pipe : Pipe) {
-    pipe.overlapped = {};
-    pipe.dwState = CONNECTING_STATE;
-    pipe.fPendingIO = 0;
-    pipe.ReceivePointer = 0;
-    pipe.cbWriteNext = 0;
-  }
-}
-
 // What else of the process asks the platform, in one line.
 std::string Remains() {
   CElapsedTimer timer(nullptr);
@@ -239,7 +230,7 @@ int CurrentStep() { return g_step; }
 Result Run(const fault_plan::Plan& plan) {
   Result result;
   ArrangeWorld();
-  ForgetThePool();
+  ResetPool();
   g_step = 0;
   {
     Clients clients(result);

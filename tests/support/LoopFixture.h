@@ -12,6 +12,7 @@
 #include "tests/fakes/FakeBoardLibrary.h"
 #include "tests/fakes/FakeNamedObject.h"
 #include "tests/fakes/FakePipeIo.h"
+#include "tests/support/PoolReset.h"
 #include "tests/support/WireHex.h"
 
 /// A server whose pipe is scripted. The script is a list of steps, one per wait of the loop; when
@@ -22,13 +23,7 @@ class LoopFixture : public testing::Test {
     fake_pipe_io::Reset();
     fake_named_object::Reset();
     fake_board_library::OnStartHardwareDetection();
-    for (PipeInstance& pipe : Pipe) {
-      pipe.overlapped = {};
-      pipe.dwState = CONNECTING_STATE;
-      pipe.fPendingIO = 0;
-      pipe.ReceivePointer = 0;
-      pipe.cbWriteNext = 0;
-    }
+    ResetPool();
   }
 
   /// Runs the server over the steps scripted so far.
