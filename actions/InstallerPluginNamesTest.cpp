@@ -91,7 +91,8 @@ TEST_P(InstallerPluginNamesTest, ALibraryThatCannotBeLoadedAnswersItsError) {
   EXPECT_TRUE(fake_board_library::Calls().empty());
 }
 
-// A failure of which the system says that there was none: the answer is that, and nothing is called.
+// A failure of which the system says that there was none: that is the answer, and nothing is
+// called.
 TEST_P(InstallerPluginNamesTest, ALibraryThatCannotBeLoadedWithoutAnErrorAnswersZero) {
   SetDevice("p.dll,Run");
   fake_dynamic_library::RefuseLoad(kSystem + "p.dll", 0);

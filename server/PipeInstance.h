@@ -22,7 +22,7 @@ enum PipeState : std::uint32_t {
 /// One instance of the pipe and the request it is serving. Touched by the loop thread only.
 ///
 /// Owns its pipe handle and event; CloseSRV closes the handle in the order flush, disconnect,
-/// close. What the loop looks at on every sweep stands together at the front.
+/// close.
 struct PipeInstance {
   OVERLAPPED overlapped;     ///< its hEvent is the instance's event
   HANDLE hPipe;              ///< 0 when closed
@@ -44,7 +44,7 @@ struct PipeInstance {
   /// 1 when no connect could be started on the handle; the loop tries again after a while.
   std::uint32_t fConnectFailed;
   /// The process that opened the pipe, 0 when the system does not tell; kClientNotAsked until
-  /// another client is there too, or the first request.
+  /// the first request.
   std::uint32_t clientProcess;
 };
 

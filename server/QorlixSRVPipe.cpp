@@ -12,6 +12,7 @@
 #include "server/PipeIo.h"
 #include "server/RequestLog.h"
 #include "server/StrictProfile.h"
+#include "server/TurnOrder.h"
 #include "trace/Zqotrc.h"
 
 PipeInstance Pipe[kPipeInstances];
@@ -35,7 +36,9 @@ constexpr int kConnectAttempts = 8;
 }  // namespace
 
 CQorlixSRVPipe::CQorlixSRVPipe(SECURITY_ATTRIBUTES* pipeSecurity)
-    : pipeSecurity_(pipeSecurity), restartResults_(std::make_shared<RestartResults>()) {
+    : pipeSecurity_(pipeSecurity),
+      turns_(std::make_unique<TurnOrder>()),
+      restartResults_(std::make_shared<RestartResults>()) {
   for (PipeInstance& pipe : Pipe) {
     pipe.hPipe = nullptr;
     pipe.cbToWrite = 0;
@@ -161,6 +164,7 @@ void CQorlixSRVPipe::DisconnectAndReconnect(int conId) {
   }
   pipe.cbWriteNext = 0;
   pipe.clientProcess = kClientNotAsked;
+  turns_->Leaves(static_cast<std::uint32_t>(conId));
   if (!pipe_io::Disconnect(pipe.hPipe).success) {
     ZQ_TRACE(TRC_ERROR, kFct, "DisconnectNamedPipe failed with %d",
              static_cast<int>(pipe_io::ErrorQueryAddress()));

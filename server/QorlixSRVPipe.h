@@ -7,9 +7,9 @@
 #include "platform/WinTypes.h"
 #include "server/PipeInstance.h"
 #include "server/SrvResult.h"
-#include "server/TurnOrder.h"
 
 class RestartResults;
+class TurnOrder;
 
 /// The server: a pool of 64 overlapped pipe instances, served by the one thread that calls
 /// StartSRV.
@@ -290,7 +290,7 @@ class CQorlixSRVPipe {
   void Dispatch(int conId, SrvResult& lResult, SrvResult& sendResult);
   std::uint32_t NextInstance();
   std::uint32_t ClientOf(int conId);
-  void LearnClients(int conId);
+  std::uint32_t NextDue();
   void BeginConnect(int conId);
   void RetryFailedConnects();
   bool BuildPool();
@@ -298,7 +298,7 @@ class CQorlixSRVPipe {
   bool AllClosed() const;
 
   SECURITY_ATTRIBUTES* const pipeSecurity_;
-  TurnOrder turns_;
+  const std::unique_ptr<TurnOrder> turns_;
   std::uint32_t connectError_ = 0;  // of the last ConnectToNewClient; 0 when it went well
   std::uint32_t waitError_ = 0;     // of the last wait
   std::uint32_t passesWithoutWait_ = 0;

@@ -5,6 +5,7 @@
 #include "server/PipeIo.h"
 #include "server/QorlixSRVPipe.h"
 #include "server/RequestLog.h"
+#include "server/TurnOrder.h"
 #include "trace/Zqotrc.h"
 
 namespace {
@@ -36,10 +37,6 @@ Due DueOf(const PipeInstance& pipe) {
   return isLost ? Due::Connection : Due::Request;
 }
 
-bool HasClient(const PipeInstance& pipe) {
-  return pipe.hPipe != nullptr && pipe.fConnectFailed == 0 && pipe.dwState != CONNECTING_STATE;
-}
-
 void LogBegin(int conId, std::uint32_t client) {
   const PipeInstance& pipe = PipeOf(conId);
   std::uint32_t cursor = 0;
@@ -65,21 +62,24 @@ std::uint32_t CQorlixSRVPipe::ClientOf(int conId) {
   PipeInstance& pipe = PipeOf(conId);
   if (pipe.clientProcess == kClientNotAsked) {
     pipe.clientProcess = pipe_io::ClientProcess(pipe.hPipe);
-    turns_.Joins(static_cast<std::uint32_t>(conId), pipe.clientProcess);
+    turns_->Joins(static_cast<std::uint32_t>(conId), pipe.clientProcess);
   }
   return pipe.clientProcess;
 }
 
-// Processes take turns, so they are known of all clients as soon as there are two. One alone is
-// not asked about before its first request: who only comes and goes costs no call more.
-void CQorlixSRVPipe::LearnClients(int conId) {
-  bool isAlone = true;
-  for (int other = 0; other < kPipeInstances; ++other) {
-    if (other == conId || !HasClient(PipeOf(other))) continue;
-    isAlone = false;
-    (void)ClientOf(other);
+// The instance whose turn it is by what memory knows. Processes take turns, so they have to be
+// known where several requests are due; who only comes and goes costs no call more.
+std::uint32_t CQorlixSRVPipe::NextDue() {
+  Due due[kPipeInstances];
+  int requests = 0;
+  for (int i = 0; i < kPipeInstances; ++i) {
+    due[i] = DueOf(PipeOf(i));
+    requests += due[i] == Due::Request;
   }
-  if (!isAlone) (void)ClientOf(conId);
+  for (int i = 0; requests > 1 && i < kPipeInstances; ++i) {
+    if (due[i] == Due::Request) (void)ClientOf(i);
+  }
+  return turns_->Next(due);
 }
 
 // The wait reports the lowest signalled event, so under load it would starve the high instances,
@@ -92,9 +92,7 @@ std::uint32_t CQorlixSRVPipe::NextInstance() {
       (void)pipe_io::WaitAny(InstanceEvents, kPipeInstances, /*milliseconds=*/0, waitError_);
     }
 
-    Due due[kPipeInstances];
-    for (int i = 0; i < kPipeInstances; ++i) due[i] = DueOf(PipeOf(i));
-    const std::uint32_t next = turns_.Next(due);
+    const std::uint32_t next = NextDue();
     if (next != TurnOrder::kNobody) return next;
 
     passesWithoutWait_ = 0;
@@ -102,7 +100,7 @@ std::uint32_t CQorlixSRVPipe::NextInstance() {
     const std::uint32_t dwWait =
         pipe_io::WaitAny(InstanceEvents, kPipeInstances, patience, waitError_);
     if (dwWait == WAIT_TIMEOUT && failedConnects_ > 0) continue;
-    if (dwWait < kPipeInstances) turns_.Takes(dwWait);
+    if (dwWait < kPipeInstances) turns_->Takes(dwWait, DueOf(Pipe[dwWait]));
     return dwWait;
   }
 }
@@ -219,7 +217,6 @@ void CQorlixSRVPipe::TraceLostClient(int conId, bool success, std::uint32_t coun
 
 void CQorlixSRVPipe::StartRead(int conId) {
   PipeInstance& pipe = PipeOf(conId);
-  if (pipe.clientProcess == kClientNotAsked) LearnClients(conId);
   ZQ_TRACE(TRC_PROGRESS, kFct, "READING_STATE -> ReadFile: Pipe(%d)=0x%x", conId,
            HandleNumber(pipe.hPipe));
   const pipe_io::Outcome io =

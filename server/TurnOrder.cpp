@@ -11,13 +11,18 @@ std::uint32_t Distance(std::uint32_t from, std::uint32_t to) {
 
 void TurnOrder::Joins(std::uint32_t instance, std::uint32_t process) {
   // A process nobody knew begins behind those who wait already, or the next stranger would always
-  // be first.
-  Place joined = {process, served_, turn_};
+  // be first; and before the one that had the last turn.
+  Place joined = {process, served_, turn_ - 1};
+  const Place alone = places_[instance];
   for (const Place& place : places_) {
     if (place.process == process) joined = place;
   }
   places_[instance] = joined;
+  // The turn that it had before its process was known was its process's.
+  if (alone.turn > joined.turn) Charge(instance, alone.turn);
 }
+
+void TurnOrder::Leaves(std::uint32_t instance) { places_[instance] = {}; }
 
 bool TurnOrder::IsBefore(std::uint32_t instance, std::uint32_t other) const {
   const Place& one = places_[instance];
@@ -42,23 +47,38 @@ std::uint32_t TurnOrder::Next(const Due (&due)[kPipeInstances]) {
 
   const bool isConnectionsTurn = request == kNobody || requestsInARow_ >= kRequestsInARow;
   if (connection != kNobody && isConnectionsTurn) {
-    requestsInARow_ = 0;
-    connectionServed_ = connection;
+    TakesConnection(connection);
     return connection;
   }
   if (request == kNobody) return kNobody;
   requestsInARow_ = connection == kNobody ? 0 : requestsInARow_ + 1;
-  Takes(request);
+  TakesRequest(request);
   return request;
 }
 
-void TurnOrder::Takes(std::uint32_t instance) {
-  ++turn_;
+void TurnOrder::Takes(std::uint32_t instance, Due due) {
+  if (due == Due::Request) TakesRequest(instance);
+  if (due == Due::Connection) TakesConnection(instance);
+}
+
+void TurnOrder::TakesRequest(std::uint32_t instance) {
+  turn_ += 2;
   served_ = instance;
+  Charge(instance, turn_);
+}
+
+void TurnOrder::Charge(std::uint32_t instance, std::uint64_t turn) {
   const std::uint32_t process = places_[instance].process;
   for (Place& place : places_) {
-    if (place.process != process) continue;
+    const bool isOfProcess =
+        process == kClientNotAsked ? &place == &places_[instance] : place.process == process;
+    if (!isOfProcess) continue;
     place.served = instance;
-    place.turn = turn_;
+    place.turn = turn;
   }
+}
+
+void TurnOrder::TakesConnection(std::uint32_t instance) {
+  requestsInARow_ = 0;
+  connectionServed_ = instance;
 }

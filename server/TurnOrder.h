@@ -21,7 +21,7 @@ class TurnOrder {
   enum class Due : std::uint8_t {
     Nothing,
     Request,     ///< a request, the read for one, or the end of a reply
-    Connection,  ///< a client who has come, or one who is gone
+    Connection,  ///< a client who has come, or one who is found gone
   };
 
   static constexpr std::uint32_t kNobody = kPipeInstances;
@@ -29,14 +29,18 @@ class TurnOrder {
   /// Turns for requests while clients that come and go wait.
   static constexpr std::uint32_t kRequestsInARow = 8;
 
-  /// The client of an instance belongs to a process.
+  /// The client of an instance belongs to a process. To be told at the latest when another request
+  /// is due beside its own.
   void Joins(std::uint32_t instance, std::uint32_t process);
+
+  /// The client of an instance is gone.
+  void Leaves(std::uint32_t instance);
 
   /// \returns the instance that has its turn now, kNobody when none is due.
   std::uint32_t Next(const Due (&due)[kPipeInstances]);
 
   /// An instance has its turn because the system has named it.
-  void Takes(std::uint32_t instance);
+  void Takes(std::uint32_t instance, Due due);
 
  private:
   // One for each instance; what concerns a process is the same in all of its.
@@ -47,9 +51,12 @@ class TurnOrder {
   };
 
   bool IsBefore(std::uint32_t instance, std::uint32_t other) const;
+  void TakesRequest(std::uint32_t instance);
+  void TakesConnection(std::uint32_t instance);
+  void Charge(std::uint32_t instance, std::uint64_t turn);
 
   Place places_[kPipeInstances] = {};
-  std::uint64_t turn_ = 0;
+  std::uint64_t turn_ = 1;  // every other number, so that strangers find one between two turns
   std::uint32_t served_ = kPipeInstances - 1;
   std::uint32_t connectionServed_ = kPipeInstances - 1;
   std::uint32_t requestsInARow_ = 0;

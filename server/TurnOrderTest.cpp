@@ -3,9 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <initializer_list>
-#include <map>
 #include <random>
 #include <vector>
 
@@ -57,13 +55,15 @@ TEST_F(TurnOrderTest, OneProcessIsServedInRotation) {
 TEST_F(TurnOrderTest, TheRotationGoesOnBehindTheInstanceThatTheSystemNamed) {
   Joins(4, {0, 9, 30, 63});
   Are(Due::Request, {0, 9, 30, 63});
-  order_.Takes(10);  // nobody's yet
-  order_.Takes(9);
+  order_.Takes(10, Due::Request);  // nobody's yet
+  order_.Takes(9, Due::Request);
+  order_.Takes(50, Due::Connection);
+  order_.Takes(51, Due::Nothing);
   EXPECT_THAT(TurnsOnce(), ElementsAre(30u, 63u, 0u, 9u));
 }
 
 TEST_F(TurnOrderTest, TheRotationGoesOnBehindTheInstanceServedLastForAStrangerToo) {
-  order_.Takes(20);
+  order_.Takes(20, Due::Request);
   Joins(4, {9, 20, 30});
   Are(Due::Request, {9, 20, 30});
   EXPECT_THAT(TurnsOnce(), ElementsAre(30u, 9u, 20u));
@@ -99,7 +99,7 @@ TEST_F(TurnOrderTest, AnotherConnectionOfAProcessBringsNoEarlierTurn) {
   EXPECT_THAT(Turns(2), ElementsAre(40u, 5u));
 }
 
-TEST_F(TurnOrderTest, NorALaterOne) {
+TEST_F(TurnOrderTest, AnotherConnectionOfAProcessBringsNoLaterTurn) {
   Joins(4, {0, 1});
   Joins(8, {40});
   Are(Due::Request, {0, 40});
@@ -120,6 +120,52 @@ TEST_F(TurnOrderTest, StrangersWaitBehindThoseWhoWait) {
     Are(Due::Request, {i});
   }
   EXPECT_THAT(Turns(1), ElementsAre(40u));
+}
+
+TEST_F(TurnOrderTest, ANumberThatIsGivenAgainIsAStrangers) {
+  Joins(4, {0});
+  Joins(8, {40});
+  Joins(12, {50});
+  Are(Due::Request, {0, 40, 50});
+  EXPECT_THAT(Turns(4), ElementsAre(0u, 40u, 50u, 0u));
+  due_[40] = Due::Nothing;
+  order_.Leaves(40);
+  Joins(8, {41});
+  Are(Due::Request, {41});
+  EXPECT_THAT(TurnsOnce(), ElementsAre(50u, 41u, 0u));
+}
+
+TEST_F(TurnOrderTest, ATurnBeforeTheProcessIsKnownIsTheProcesssToo) {
+  Joins(4, {0, 1, 2});
+  Joins(8, {40});
+  order_.Takes(0, Due::Request);
+  order_.Takes(40, Due::Request);
+  order_.Takes(30, Due::Request);
+  Joins(4, {30});
+  Are(Due::Request, {0, 1, 2, 40});
+  EXPECT_THAT(Turns(3), ElementsAre(40u, 0u, 40u));
+}
+
+TEST_F(TurnOrderTest, AStrangerIsBeforeTheProcessThatHadTheLastTurn) {
+  Joins(4, {0, 1});
+  Are(Due::Request, {0, 1});
+  EXPECT_THAT(Turns(1), ElementsAre(0u));
+  Joins(8, {40});
+  Are(Due::Request, {40});
+  EXPECT_THAT(Turns(2), ElementsAre(40u, 1u));
+}
+
+TEST_F(TurnOrderTest, ClientsOfWhomTheSystemDoesNotTellAreOneProcess) {
+  Joins(0, {0, 1, 2});
+  Joins(4, {40});
+  Are(Due::Request, {0, 1, 2, 40});
+  EXPECT_THAT(Turns(5), ElementsAre(0u, 40u, 1u, 40u, 2u));
+}
+
+TEST_F(TurnOrderTest, AConnectionThatTheSystemNamedCountsAsOne) {
+  Are(Due::Connection, {0, 1, 2});
+  order_.Takes(1, Due::Connection);
+  EXPECT_THAT(TurnsOnce(), ElementsAre(2u, 0u, 1u));
 }
 
 TEST_F(TurnOrderTest, RequestsComeBeforeConnections) {
@@ -169,7 +215,7 @@ TEST_F(TurnOrderTest, NobodyStarves) {
   std::uint32_t waited[kPipeInstances] = {};
   for (std::uint32_t i = 0; i < kPipeInstances; ++i) order_.Joins(i, i % kProcesses);
   for (int turn = 0; turn < 100000; ++turn) {
-    // Six instances at a time come and go; some of the others do now and then.
+    // One in eleven is due because its client comes or goes.
     for (std::uint32_t i = 0; i < kPipeInstances; ++i) {
       if (due_[i] == Due::Nothing && random() % 8 != 0) {
         due_[i] = random() % 64 < 6 ? Due::Connection : Due::Request;
@@ -177,7 +223,10 @@ TEST_F(TurnOrderTest, NobodyStarves) {
     }
     const std::uint32_t next = order_.Next(due_);
     ASSERT_LT(next, kNobody);
-    if (due_[next] == Due::Connection) order_.Joins(next, static_cast<std::uint32_t>(random()) % 3);
+    if (due_[next] == Due::Connection) {
+      order_.Leaves(next);
+      order_.Joins(next, static_cast<std::uint32_t>(random()) % kProcesses);
+    }
     due_[next] = Due::Nothing;
     waited[next] = 0;
     for (std::uint32_t i = 0; i < kPipeInstances; ++i) {
