@@ -21,6 +21,7 @@ constexpr std::uint32_t kUnderWay = 2;  // rounds after which all have done some
 struct Crowd::Shared {
   struct Process {
     std::atomic<std::uint32_t> rounds;
+    std::atomic<std::uint32_t> attackers;
     std::atomic<std::uint32_t> connections;
     std::atomic<std::uint32_t> writes;
   };
@@ -40,7 +41,7 @@ Crowd::Shared* Crowd::Map() {
 Crowd::Crowd(std::size_t kind, unsigned processes) : shared_(Map()) {
   shared_->ending = 0;
   for (Shared::Process& process : shared_->processes) {
-    process.rounds = process.connections = process.writes = 0;
+    process.rounds = process.attackers = process.connections = process.writes = 0;
   }
   char path[MAX_PATH] = "";
   (void)GetModuleFileNameA(nullptr, path, sizeof(path));
@@ -58,10 +59,24 @@ Crowd::Crowd(std::size_t kind, unsigned processes) : shared_(Map()) {
     processes_.push_back(started.hProcess);
   }
   for (unsigned i = 0; i < processes; ++i) {
-    while (shared_->processes[i].rounds < kUnderWay) {
-      if (WaitForSingleObject(processes_[i], 1) == WAIT_OBJECT_0) bench::Die("the crowd is gone");
-    }
+    if (!Reaches(i, kUnderWay)) bench::Die("the crowd is gone");
   }
+}
+
+bool Crowd::Reaches(std::size_t process, std::uint32_t rounds) const {
+  const ULONGLONG end = GetTickCount64() + kPatienceMs;
+  while (shared_->processes[process].rounds < rounds) {
+    if (WaitForSingleObject(processes_[process], 1) == WAIT_OBJECT_0) return false;
+    if (GetTickCount64() > end) return false;
+  }
+  return true;
+}
+
+bool Crowd::StillAttacks() const {
+  for (std::size_t i = 0; i < processes_.size(); ++i) {
+    if (!Reaches(i, shared_->processes[i].rounds + 1)) return false;
+  }
+  return true;
 }
 
 Crowd::~Crowd() { End(); }
@@ -76,6 +91,12 @@ void Crowd::End() {
     (void)CloseHandle(process);
   }
   processes_.clear();
+}
+
+unsigned Crowd::Attackers() const {
+  unsigned sum = 0;
+  for (const Shared::Process& process : shared_->processes) sum += process.attackers;
+  return sum;
 }
 
 std::uint64_t Crowd::Connections() const {
@@ -98,13 +119,16 @@ void Crowd::Drive(std::size_t kind, unsigned process, unsigned processes) {
   for (unsigned i = process; i < kAttackers; i += processes) attackers.emplace_back(i);
   while (shared.ending == 0) {
     bool busy = false;
+    std::uint32_t connected = 0;
     std::uint64_t connections = 0;
     std::uint64_t writes = 0;
     for (Attacker& attacker : attackers) {
       busy |= attack.step(attacker);
+      connected += attacker.Connections() != 0;
       connections += attacker.Connections();
       writes += attacker.Writes();
     }
+    mine.attackers = connected;
     mine.connections = static_cast<std::uint32_t>(connections);
     mine.writes = static_cast<std::uint32_t>(writes);
     ++mine.rounds;

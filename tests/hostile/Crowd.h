@@ -26,8 +26,12 @@ class Crowd {
   Crowd(const Crowd&) = delete;
   Crowd& operator=(const Crowd&) = delete;
 
+  /// Whether every process still attacks: waits until each has begun a round more, for a moment.
+  bool StillAttacks() const;
   /// Has them leave, and waits until they have.
   void End();
+  /// Attackers that have got a connection so far.
+  unsigned Attackers() const;
   std::uint64_t Connections() const;
   std::uint64_t Writes() const;
 
@@ -39,6 +43,7 @@ class Crowd {
  private:
   struct Shared;
   static Shared* Map();
+  bool Reaches(std::size_t process, std::uint32_t rounds) const;
 
   Shared* shared_;
   std::vector<void*> processes_;
