@@ -76,6 +76,7 @@ Outcome Begin(Op op, HANDLE pipe, OVERLAPPED& overlapped, Outcome fallback,
               const std::optional<Outcome>& fault) {
   if (!IsPipe(pipe)) return {false, ERROR_INVALID_HANDLE, 0};
   Instance& instance = g_state.instances[ConIdOf(pipe, kPipeBase)];
+  const bool wasSignalled = instance.signalled;
   instance.signalled = false;
   instance.operation = op;
   overlapped.Internal = kPending;
@@ -88,6 +89,8 @@ Outcome Begin(Op op, HANDLE pipe, OVERLAPPED& overlapped, Outcome fallback,
     script.pop_front();
   }
   instance.outstanding = !outcome.success && outcome.error == ERROR_IO_PENDING;
+  // Refused before the pipe is reached, and with it the event.
+  if (outcome.error == ERROR_INVALID_HANDLE) instance.signalled = wasSignalled;
   if (outcome.success) {
     instance.signalled = true;
     overlapped.Internal = 0;

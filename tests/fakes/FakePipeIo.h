@@ -13,7 +13,8 @@
 /// The pipe in memory, behind server/PipeIo.h, with completions that a test scripts.
 ///
 /// Unless told otherwise a connect and a read stay pending and a write completes at once. An event
-/// is reset when an operation starts and set when it completes, as the platform does it.
+/// is reset when an operation starts and set when it completes, as the platform does it; what fails
+/// with ERROR_INVALID_HANDLE leaves it as it is.
 namespace fake_pipe_io {
 
 enum class Op { CreateEvent, CreatePipe, Connect, Disconnect, Read, Write };
