@@ -130,7 +130,9 @@ TEST_F(FaultsTest, EachFunctionOfTheRimMayFailInEachWayAtItsFirstCallsAndAtSomeB
         const Case which = {&function, &failure, n};
         Judge(which, good, RunCase(which, totals));
       }
-      for (const int n : std::set<int>{1, (calls + 1) / 2}) {
+      const std::vector<int> onward =
+          IsForAll() ? Chosen(function, calls) : std::vector<int>{1, (calls + 1) / 2};
+      for (const int n : std::set<int>(onward.begin(), onward.end())) {
         const Case which = {&function, &failure, n, /*onward=*/true};
         if (calls != 0 && !failure.passes) Judge(which, good, RunCase(which, totals));
       }
