@@ -165,6 +165,16 @@ TEST_F(ServerLoopTest, AWakeForNothingCostsNobody) {
   EXPECT_EQ(Count("disconnect 5"), 0);
 }
 
+TEST_F(ServerLoopTest, ACompletionBetweenAWakeForNothingAndTheResetOfItsEventIsNotLost) {
+  OnWait([] { fake_pipe_io::Complete(5); });
+  OnWait([] {
+    fake_pipe_io::BeforeUnsignal([] { CompleteRead(5, Wire("1000")); });
+    pipe_io::Signal(Pipe[5].overlapped.hEvent);  // its read is still out
+  });
+  Run();
+  EXPECT_EQ(Written(5), kDone);
+}
+
 TEST_F(ServerLoopTest, AnUnknownStateWithoutPendingOperationEndsTheLoop) {
   FakeTrace::Collect(TRC_ERROR);
   OnWait([] {

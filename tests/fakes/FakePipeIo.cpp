@@ -36,6 +36,7 @@ struct Instance {
 struct State {
   Instance instances[kPipeInstances];
   std::deque<std::function<void()>> steps;
+  std::function<void()> beforeUnsignal;
   std::vector<std::string> calls;
   int waits = 0;
   int polls = 0;
@@ -134,6 +135,7 @@ void CompleteRead(int conId, const Bytes& request) {
 }
 
 void OnWait(std::function<void()> step) { g_state.steps.push_back(std::move(step)); }
+void BeforeUnsignal(std::function<void()> step) { g_state.beforeUnsignal = std::move(step); }
 const std::vector<std::string>& Calls() { return g_state.calls; }
 int Waits() { return g_state.waits; }
 int Polls() { return g_state.polls; }
@@ -287,6 +289,7 @@ void Signal(HANDLE event) {
 void Unsignal(HANDLE event) {
   const NotOurs notOurs;
   if (fault_plan::Fails("pipe_io::Unsignal")) return;
+  if (g_state.beforeUnsignal) std::exchange(g_state.beforeUnsignal, nullptr)();
   g_state.instances[ConIdOf(event, kEventBase)].signalled = false;
 }
 

@@ -34,6 +34,9 @@ void CompleteRead(int conId, const Bytes& request);
 /// signalled event. With no steps left it fails with error 6, which ends the loop.
 void OnWait(std::function<void()> step);
 
+/// What happens right before the next reset of an event.
+void BeforeUnsignal(std::function<void()> step);
+
 /// The process at the other end; 4000 and the number of the instance unless told otherwise.
 void SetClientProcess(int conId, std::uint32_t id);
 /// How often the client of this instance was asked for.
