@@ -171,6 +171,7 @@ TEST_F(ServerLoopTest, ACompletionBetweenAWakeForNothingAndTheResetOfItsEventIsN
     fake_pipe_io::BeforeUnsignal([] { CompleteRead(5, Wire("1000")); });
     pipe_io::Signal(Pipe[5].overlapped.hEvent);  // its read is still out
   });
+  OnWait([] {});  // nothing else happens
   Run();
   EXPECT_EQ(Written(5), kDone);
 }
