@@ -1,66 +1,35 @@
 #include "fuzz/FuzzedPipe.h"
 
-#include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
+#include "fuzz/FuzzedClients.h"
 #include "fuzz/FuzzedRequests.h"
 #include "server/PipeInstance.h"
 #include "server/PipeIo.h"
 
 namespace {
 
+using fuzzed_clients::CountCall;
+using fuzzed_clients::Deliver;
+using fuzzed_clients::g;
+using fuzzed_clients::IndexOf;
+using fuzzed_clients::Instance;
+using fuzzed_clients::IsUsed;
+using fuzzed_clients::kBrokenPipe;
+using fuzzed_clients::kCount;
+using fuzzed_clients::kFailed;
+using fuzzed_clients::kPending;
+using fuzzed_clients::Meanwhile;
+using fuzzed_clients::Next;
+using fuzzed_clients::NoteStop;
+using fuzzed_clients::Op;
+using fuzzed_clients::ProcessOf;
+using fuzzed_clients::Proof;
+using fuzzed_clients::Require;
+using fuzzed_clients::Settle;
 using pipe_io::Outcome;
 
-constexpr int kCount = 64;
 constexpr std::uint32_t kBufferSize = 8192;
-constexpr std::uintptr_t kPending = 0x103;
-constexpr std::uintptr_t kFailed = 0xC0000000;
-constexpr std::uint32_t kBrokenPipe = 109;
-constexpr std::uint32_t kWaitFailed = 0xFFFFFFFF;
-
-// The instances that clients come to; the others stay offered.
-constexpr int kUsed[] = {0, 1, 32, 63};
-
-// Calls without a wait or a decision of the script in between; a pass over all 64 has some hundred.
-constexpr int kMostCalls = 3000;
-// Waits until every instance has served, once everything goes well.
-constexpr int kMostCalmWaits = 200;
-
-void Require(bool holds) {
-  if (!holds) std::abort();
-}
-
-enum class Op { kNone, kConnect, kRead, kWrite };
-enum class Proof { kNone, kAsked, kServed };
-
-struct Instance {
-  bool isOpen = false;
-  bool isSignalled = true;
-  bool isUnderOverlapped = false;  // the block belongs to the operation
-  Op op = Op::kNone;
-  OVERLAPPED* block = nullptr;
-  Outcome completion = {};
-  std::uint8_t* buffer = nullptr;
-  std::uint32_t size = 0;                             // of the buffer or of what is written
-  const fuzzed_requests::Request* request = nullptr;  // the one that was read last
-  std::size_t writes = 0;                             // of its reply, so far
-  Bytes answer;                                       // read since the client asked for a proof
-  Proof proof = Proof::kNone;
-};
-
-struct State {
-  std::span<const std::uint8_t> script;
-  Instance instances[kCount];
-  int events = 0;
-  int pipes = 0;
-  int failedCreation = 0;  // 1 to 128: which of the creations of the pool fails
-  std::uint64_t now = 1000;
-  int calls = 0;
-  int calmWaits = 0;
-  bool isClosing = false;
-  bool mayEnd = false;
-} g;
 
 // Handles are numbers.
 constexpr int kEventBase = 1001;
@@ -81,188 +50,6 @@ Instance* PipeAt(HANDLE handle) {
   Instance* const instance = At(handle, kPipeBase);
   return instance != nullptr && instance->isOpen ? instance : nullptr;
 }
-int IndexOf(const Instance& instance) { return static_cast<int>(&instance - g.instances); }
-bool IsUsed(const Instance& instance) {
-  return std::find(std::begin(kUsed), std::end(kUsed), IndexOf(instance)) != std::end(kUsed);
-}
-
-// --- The script ---
-
-bool IsCalm() { return g.script.empty(); }
-
-// The next byte of the script; once it is used up, the one that means "as usual".
-std::uint8_t Next() {
-  if (g.script.empty()) return 0;
-  const std::uint8_t byte = g.script.front();
-  g.script = g.script.subspan(1);
-  g.calls = 0;
-  return byte;
-}
-
-void CountCall() { Require(++g.calls < kMostCalls); }
-
-// --- What becomes of an operation ---
-
-void Settle(Instance& instance, bool success, std::uint32_t count, std::uint32_t error) {
-  Require(instance.isUnderOverlapped);
-  instance.isUnderOverlapped = false;
-  instance.completion = {success, success ? 0 : error, count};
-  instance.isSignalled = true;
-  instance.block->Internal = success ? 0 : kFailed;
-  instance.block->InternalHigh = count;
-}
-
-// Hands a request of the script's choice to the read. \returns its size.
-std::uint32_t Deliver(Instance& instance, std::uint8_t choice) {
-  const fuzzed_requests::Request& request = fuzzed_requests::Pick(choice);
-  Require(request.bytes.size() <= instance.size);
-  std::copy(request.bytes.begin(), request.bytes.end(), instance.buffer);
-  instance.request = &request;
-  instance.writes = 0;
-  return static_cast<std::uint32_t>(request.bytes.size());
-}
-
-// A stop counts once the server has read it.
-void NoteStop(const Instance& instance, std::uint32_t count) {
-  if (fuzzed_requests::IsConfirmedStop({instance.buffer, instance.buffer + count})) g.mayEnd = true;
-}
-
-void CompleteConnect(Instance& instance, std::uint8_t how) {
-  if (how == 0xFF) {
-    g.mayEnd = true;  // one failed pending connect ends the server
-    Settle(instance, false, 0, kBrokenPipe);
-  } else {
-    Settle(instance, true, 0, 0);
-  }
-}
-
-void CompleteRead(Instance& instance, std::uint8_t how) {
-  if (how >= 0xF0) {
-    Settle(instance, false, how == 0xF0 ? 3u : 0u, kBrokenPipe);
-  } else if (how >= 0xE0) {
-    Settle(instance, true, 0, 0);
-  } else {
-    const std::uint32_t count = Deliver(instance, how);
-    NoteStop(instance, count);
-    Settle(instance, true, count, 0);
-  }
-}
-
-void CompleteWrite(Instance& instance, std::uint8_t how) {
-  if (how >= 0xF0) {
-    Settle(instance, false, 0, kBrokenPipe);
-  } else if (how >= 0xE0) {
-    Settle(instance, true, instance.size - 1, 0);
-  } else {
-    Settle(instance, true, instance.size, 0);
-  }
-}
-
-void CompleteOne(Instance& instance, std::uint8_t how) {
-  if (!instance.isOpen || !instance.isUnderOverlapped) return;
-  switch (instance.op) {
-    case Op::kConnect:
-      return CompleteConnect(instance, how);
-    case Op::kRead:
-      return CompleteRead(instance, how);
-    case Op::kWrite:
-      return CompleteWrite(instance, how);
-    case Op::kNone:
-      break;
-  }
-}
-
-// Clients and the platform act at any moment.
-void Meanwhile() {
-  CountCall();
-  const std::uint8_t what = Next();
-  if (what < 0xC0) return;
-  CompleteOne(g.instances[kUsed[what % std::size(kUsed)]], Next());
-}
-
-// --- When everything goes well ---
-
-bool HasServedAll() {
-  return std::all_of(std::begin(kUsed), std::end(kUsed),
-                     [](int index) { return g.instances[index].proof == Proof::kServed; });
-}
-
-void CompleteWell(Instance& instance) {
-  switch (instance.op) {
-    case Op::kConnect:
-      return Settle(instance, true, 0, 0);
-    case Op::kWrite:
-      if (instance.proof == Proof::kAsked) {
-        instance.answer = instance.answer + Bytes(instance.buffer, instance.buffer + instance.size);
-      }
-      return Settle(instance, true, instance.size, 0);
-    case Op::kRead:
-      if (instance.proof == Proof::kAsked) {
-        Require(instance.answer == fuzzed_requests::NoOperation().writes[0]);
-        instance.proof = Proof::kServed;
-        return;
-      }
-      instance.proof = Proof::kAsked;
-      instance.answer.clear();
-      return Settle(instance, true, Deliver(instance, 0), 0);
-    case Op::kNone:
-      break;
-  }
-}
-
-// What the wait reports when nothing else is going on. An instance that nothing is outstanding on
-// would never be heard of again, unless the server looks after it by itself.
-std::uint32_t WaitCalmly(std::uint32_t milliseconds, std::uint32_t& error) {
-  Require(++g.calmWaits < kMostCalmWaits);
-  g.calls = 0;
-  for (const int index : kUsed) {
-    Instance& instance = g.instances[index];
-    if (instance.proof == Proof::kServed) continue;
-    if (instance.isUnderOverlapped) CompleteWell(instance);
-    if (instance.isSignalled) return static_cast<std::uint32_t>(index);
-  }
-  if (HasServedAll()) {
-    g.mayEnd = true;
-    error = ERROR_INVALID_HANDLE;
-    return kWaitFailed;
-  }
-  Require(milliseconds != pipe_io::kForever);
-  g.now += milliseconds;
-  return WAIT_TIMEOUT;
-}
-
-std::uint32_t Odd(std::uint32_t result, std::uint32_t& error) {
-  g.mayEnd = true;
-  error = ERROR_INVALID_HANDLE;
-  return result;
-}
-
-// What the wait reports as the script has it; nothing yet to go on with the next step.
-bool WaitScripted(std::uint32_t milliseconds, std::uint32_t& result, std::uint32_t& error) {
-  const std::uint8_t what = Next();
-  Instance& instance = g.instances[kUsed[what % std::size(kUsed)]];
-  result = static_cast<std::uint32_t>(IndexOf(instance));
-  if (what < 0xC0) {
-    CompleteOne(instance, Next());
-    return instance.isSignalled;
-  }
-  if (what < 0xD0) return true;  // woken for nothing
-  if (what < 0xE0) {
-    g.now += Next();
-    return false;
-  }
-  if (what < 0xF8) {
-    if (milliseconds == pipe_io::kForever) return false;
-    g.now += milliseconds;
-    result = WAIT_TIMEOUT;
-    return true;
-  }
-  static constexpr std::uint32_t kOdd[] = {kWaitFailed, 0x80, 0xBF, 64, WAIT_TIMEOUT};
-  result = Odd(kOdd[what % std::size(kOdd)], error);
-  return true;
-}
-
-// --- The operations ---
 
 // Begins an operation on the instance's block. The platform marks the block as pending first, and
 // leaves it so when it refuses the operation outright, or does not.
@@ -328,6 +115,7 @@ Outcome Connect(HANDLE pipe, OVERLAPPED& block) {
   Instance* const instance = PipeAt(pipe);
   if (instance == nullptr) return Fails(ERROR_INVALID_HANDLE);
   Require(block.hEvent == EventOf(IndexOf(*instance)));
+  ++instance->connects;
   const std::uint8_t how = IsUsed(*instance) ? Next() : 0;
   if (how < 0x80) return Start(*instance, Op::kConnect, block, Pends());
   if (how < 0xC0) return Start(*instance, Op::kConnect, block, Fails(ERROR_PIPE_CONNECTED));
@@ -367,6 +155,8 @@ Outcome Write(HANDLE pipe, const void* data, std::uint32_t size, OVERLAPPED& blo
   Instance* const instance = PipeAt(pipe);
   if (instance == nullptr) return Fails(ERROR_INVALID_HANDLE);
   const auto* const bytes = static_cast<const std::uint8_t*>(data);
+  // The process is that of this connection, not of an earlier one.
+  Require(Pipe[IndexOf(*instance)].clientProcess == ProcessOf(*instance));
   Require(instance->request != nullptr && instance->writes < instance->request->writes.size());
   Require(instance->request->writes[instance->writes++] == Bytes(bytes, bytes + size));
   instance->buffer = const_cast<std::uint8_t*>(bytes);
@@ -422,14 +212,7 @@ std::uint32_t WaitAny(const HANDLE* events, std::uint32_t count, std::uint32_t m
   error = 0;
   Meanwhile();
   if (milliseconds == 0) return WAIT_TIMEOUT;
-  for (;;) {
-    for (std::uint32_t i = 0; i < kCount; ++i) {
-      if (g.instances[i].isSignalled) return i;
-    }
-    if (IsCalm()) return WaitCalmly(milliseconds, error);
-    std::uint32_t result = 0;
-    if (WaitScripted(milliseconds, result, error)) return result;
-  }
+  return fuzzed_clients::Wait(milliseconds, error);
 }
 
 void FlushAll(const HANDLE*, std::uint32_t count, std::uint32_t milliseconds) {
@@ -446,12 +229,11 @@ void Close(HANDLE pipe) {
 
 std::uint64_t Now() { return g.now; }
 
-// Three processes, and clients of whom the system does not tell.
 std::uint32_t ClientProcess(HANDLE pipe) {
   CountCall();
   const Instance* const instance = PipeAt(pipe);
   Require(instance != nullptr);
-  return static_cast<std::uint32_t>(IndexOf(*instance)) % 4 * 4;
+  return ProcessOf(*instance);
 }
 
 void GiveWay() { CountCall(); }

@@ -1,5 +1,6 @@
-// Whatever a request holds and the registry names: a library is loaded from below the system
-// directory only, by a path that fits its buffer, and what comes back is a reply or a code.
+// Whatever a request holds and the registry names: a library is loaded by a path that begins with
+// the system directory and fits its buffer, and what comes back is a reply or a code. Where the
+// path leads is the registry's business: a name with `..\` may lead out of that directory.
 
 #include <fuzzer/FuzzedDataProvider.h>
 

@@ -184,6 +184,19 @@ TEST_F(PipeIoTest, FailuresHandTheirErrorsBack) {
   EXPECT_NE(error_, 0u);
 }
 
+TEST_F(PipeIoTest, AConnectThatThePipeRefusesResetsTheEventAndOneThatNeverReachesItDoesNot) {
+  Connect();
+  EXPECT_FALSE(IsSignalled());
+  CloseClient();
+  pipe_io::Signal(event_);
+  EXPECT_EQ(pipe_io::Connect(pipe_, overlapped_).error, static_cast<std::uint32_t>(ERROR_NO_DATA));
+  EXPECT_FALSE(IsSignalled());
+  pipe_io::Signal(event_);
+  EXPECT_EQ(pipe_io::Connect(nullptr, overlapped_).error,
+            static_cast<std::uint32_t>(ERROR_INVALID_HANDLE));
+  EXPECT_TRUE(IsSignalled());
+}
+
 TEST_F(PipeIoTest, AFlushWaitsForItsReaderNoLongerThanTold) {
   Connect();
   (void)pipe_io::Write(pipe_, "abc", 3, overlapped_);

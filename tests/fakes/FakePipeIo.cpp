@@ -36,6 +36,7 @@ struct Instance {
 struct State {
   Instance instances[kPipeInstances];
   std::deque<std::function<void()>> steps;
+  std::function<void()> beforeUnsignal;
   std::vector<std::string> calls;
   int waits = 0;
   int polls = 0;
@@ -76,6 +77,7 @@ Outcome Begin(Op op, HANDLE pipe, OVERLAPPED& overlapped, Outcome fallback,
               const std::optional<Outcome>& fault) {
   if (!IsPipe(pipe)) return {false, ERROR_INVALID_HANDLE, 0};
   Instance& instance = g_state.instances[ConIdOf(pipe, kPipeBase)];
+  const bool wasSignalled = instance.signalled;
   instance.signalled = false;
   instance.operation = op;
   overlapped.Internal = kPending;
@@ -88,6 +90,8 @@ Outcome Begin(Op op, HANDLE pipe, OVERLAPPED& overlapped, Outcome fallback,
     script.pop_front();
   }
   instance.outstanding = !outcome.success && outcome.error == ERROR_IO_PENDING;
+  // Refused before the pipe is reached, and with it the event.
+  if (outcome.error == ERROR_INVALID_HANDLE) instance.signalled = wasSignalled;
   if (outcome.success) {
     instance.signalled = true;
     overlapped.Internal = 0;
@@ -131,6 +135,7 @@ void CompleteRead(int conId, const Bytes& request) {
 }
 
 void OnWait(std::function<void()> step) { g_state.steps.push_back(std::move(step)); }
+void BeforeUnsignal(std::function<void()> step) { g_state.beforeUnsignal = std::move(step); }
 const std::vector<std::string>& Calls() { return g_state.calls; }
 int Waits() { return g_state.waits; }
 int Polls() { return g_state.polls; }
@@ -284,6 +289,7 @@ void Signal(HANDLE event) {
 void Unsignal(HANDLE event) {
   const NotOurs notOurs;
   if (fault_plan::Fails("pipe_io::Unsignal")) return;
+  if (g_state.beforeUnsignal) std::exchange(g_state.beforeUnsignal, nullptr)();
   g_state.instances[ConIdOf(event, kEventBase)].signalled = false;
 }
 

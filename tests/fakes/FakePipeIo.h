@@ -13,7 +13,8 @@
 /// The pipe in memory, behind server/PipeIo.h, with completions that a test scripts.
 ///
 /// Unless told otherwise a connect and a read stay pending and a write completes at once. An event
-/// is reset when an operation starts and set when it completes, as the platform does it.
+/// is reset when an operation starts and set when it completes, as the platform does it; what fails
+/// with ERROR_INVALID_HANDLE leaves it as it is.
 namespace fake_pipe_io {
 
 enum class Op { CreateEvent, CreatePipe, Connect, Disconnect, Read, Write };
@@ -32,6 +33,9 @@ void CompleteRead(int conId, const Bytes& request);
 /// One step per wait that the loop enters with nothing due; the wait then reports the lowest
 /// signalled event. With no steps left it fails with error 6, which ends the loop.
 void OnWait(std::function<void()> step);
+
+/// What happens right before the next reset of an event.
+void BeforeUnsignal(std::function<void()> step);
 
 /// The process at the other end; 4000 and the number of the instance unless told otherwise.
 void SetClientProcess(int conId, std::uint32_t id);

@@ -40,14 +40,16 @@ bool SplitDoubled(const Bytes& request, const Bytes& reply, Bytes& first, Bytes&
 }
 
 // By design: a write that fails is not reported, and the second one carries the first reply, too.
-// So a pipe that takes the second only delivers both replies once.
-bool IsSecondWriteAlone(const Bytes& request, const Bytes& good, const Bytes& seen) {
+// So a pipe that takes the second only delivers both replies once. With less than the second the
+// client is dropped, or it would wait for ever.
+bool IsSecondWriteAlone(const Bytes& request, const Bytes& good, const Outcome& seen) {
   Bytes first;
   Bytes second;
   if (!SplitDoubled(request, good, first, second)) return false;
-  if (seen == second) return true;
-  first.pop_back();  // or the first was short by a byte
-  return seen == first + second || (IsPrefix(seen, first + second));
+  first.pop_back();  // where the first was short by a byte
+  const Bytes both = first + second;
+  if (seen.lost) return IsPrefix(seen.reply, both);
+  return seen.reply == second || seen.reply == both;
 }
 
 class Judge {
@@ -122,7 +124,7 @@ class Judge {
         break;
       case Effect::MayLose:
         allowed = same || (seen.lost && (good.lost || IsPrefix(seen.reply, good.reply))) ||
-                  IsSecondWriteAlone(step.request, good.reply, seen.reply);
+                  IsSecondWriteAlone(step.request, good.reply, seen);
         break;
       case Effect::Result:
         allowed = !seen.lost && IsReplyWith(step.request, seen.reply, ResultOf(rule->result));

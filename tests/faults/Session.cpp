@@ -40,9 +40,9 @@ class Clients {
 
   // The server's life is over: what is left belongs to the step that it ended in, and to the end.
   void LoopEnded() {
-    if (Now().how == How::Stop) {
-      result_.stopped = PipeOf(Now().conId).hPipe == nullptr;
-      if (result_.stopped) Conclude();
+    result_.stopped = Now().how == How::Stop && PipeOf(Now().conId).hPipe == nullptr;
+    if (result_.stopped) {
+      Conclude();
     } else {
       Collect(result_.outcomes[at_]);
     }

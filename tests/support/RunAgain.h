@@ -14,10 +14,9 @@ struct RanAgain {
   DWORD exitCode;
 };
 
-/// Runs this program once more and waits for its end, for what takes a process with it. What it is
-/// to do there it finds in its environment, which is that of this process.
-inline RanAgain RunAgain() {
-  constexpr DWORD kPatienceMs = 60000;
+/// Starts this program once more. What it is to do there it finds in its environment, which is that
+/// of this process.
+inline PROCESS_INFORMATION StartAgain() {
   char program[MAX_PATH];
   (void)GetModuleFileNameA(nullptr, program, sizeof(program));
   std::string line = "\"" + std::string(program) + "\"";
@@ -27,8 +26,14 @@ inline RanAgain RunAgain() {
   if (CreateProcessA(program, line.data(), nullptr, nullptr, FALSE, DETACHED_PROCESS, nullptr,
                      nullptr, &startup, &started) == FALSE) {
     ADD_FAILURE() << "it does not start: error " << GetLastError();
-    return {};
   }
+  return started;
+}
+
+/// Waits for the end of what was started, and ends it when it takes too long.
+inline RanAgain EndOf(const PROCESS_INFORMATION& started) {
+  constexpr DWORD kPatienceMs = 60000;
+  if (started.hProcess == nullptr) return {};
   RanAgain ran = {started.dwProcessId, started.dwThreadId, 0};
   EXPECT_EQ(WaitForSingleObject(started.hProcess, kPatienceMs), WAIT_OBJECT_0);
   (void)GetExitCodeProcess(started.hProcess, &ran.exitCode);
@@ -37,5 +42,8 @@ inline RanAgain RunAgain() {
   (void)CloseHandle(started.hProcess);
   return ran;
 }
+
+/// Both, for what takes a process with it.
+inline RanAgain RunAgain() { return EndOf(StartAgain()); }
 
 #endif  // TESTS_SUPPORT_RUNAGAIN_H_
