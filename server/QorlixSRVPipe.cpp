@@ -134,9 +134,11 @@ std::uint32_t CQorlixSRVPipe::ConnectToNewClient(HANDLE hPipe, OVERLAPPED* overl
 
 // Offers an instance to the next client and sets its state.
 //
-// A connect that failed leaves the event unsignalled, so that nothing would ever wake the instance
-// again: a client that came and went (232) is disconnected and the connect repeated at once; after
-// any other failure the loop tries again later.
+// A connect that the pipe refuses leaves the event unsignalled, so nothing would ever wake the
+// instance; one that never reaches a pipe leaves the event as it was, and a signal left over would
+// wake the loop for nothing. Unsignalled in both cases: a client that came and went (232) is
+// disconnected and the connect repeated at once; after any other failure the loop tries again
+// later.
 void CQorlixSRVPipe::BeginConnect(int conId) {
   PipeInstance& pipe = PipeOf(conId);
   for (int attempt = 0; attempt < kConnectAttempts; ++attempt) {
