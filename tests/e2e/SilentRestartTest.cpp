@@ -134,8 +134,10 @@ TEST_F(SilentRestartTest, AnExceptionInEitherLibraryIs8604AndTheServerServes) {
 }
 
 TEST_F(SilentRestartTest, AResultWhoseEventNobodyMadeIsDropped) {
+  const std::uint32_t threads = Server().ThreadCount();
   EXPECT_TRUE(client_.Answers(Begin(kDevice, kEvent), kAccepted));
   EXPECT_EQ(Libraries().CallsOnceThereAre(2).size(), 2u);
+  EXPECT_TRUE(Server().ComesBackToThreadCount(threads)) << "the worker looks for the event last";
   // An event that comes too late does not bring it back.
   NamedEvent event(kEvent);
   EXPECT_FALSE(event.IsSet(200));
