@@ -45,14 +45,13 @@ std::uint32_t TurnOrder::Next(const Due (&due)[kPipeInstances]) {
     }
   }
 
-  const bool isConnectionsTurn = request == kNobody || requestsInARow_ >= kRequestsInARow;
-  if (connection != kNobody && isConnectionsTurn) {
+  if (connection != kNobody && (request == kNobody || isConnectionsTurn_)) {
     TakesConnection(connection);
     return connection;
   }
   if (request == kNobody) return kNobody;
-  requestsInARow_ = connection == kNobody ? 0 : requestsInARow_ + 1;
   TakesRequest(request);
+  isConnectionsTurn_ = connection != kNobody;
   return request;
 }
 
@@ -79,6 +78,6 @@ void TurnOrder::Charge(std::uint32_t instance, std::uint64_t turn) {
 }
 
 void TurnOrder::TakesConnection(std::uint32_t instance) {
-  requestsInARow_ = 0;
+  isConnectionsTurn_ = false;
   connectionServed_ = instance;
 }

@@ -11,8 +11,8 @@
 /// - Clients of several processes: the processes take turns, the one first that has waited longest,
 ///   and each process's instances are served in rotation. So who opens many connections has no more
 ///   turns than others.
-/// - Requests come before clients that come and go, which cost more calls of the system than an
-///   answer does; but of kRequestsInARow and one turns, one is left to these.
+/// - Requests and clients that come and go take turns: these cost more calls of the system than an
+///   answer does, and there may be many, but who waits for a connection is a client as well.
 ///
 /// Loop thread only; asks nobody, allocates nothing.
 class TurnOrder {
@@ -25,9 +25,6 @@ class TurnOrder {
   };
 
   static constexpr std::uint32_t kNobody = kPipeInstances;
-
-  /// Turns for requests while clients that come and go wait.
-  static constexpr std::uint32_t kRequestsInARow = 8;
 
   /// The client of an instance belongs to a process. To be told at the latest when another request
   /// is due beside its own.
@@ -59,7 +56,7 @@ class TurnOrder {
   std::uint64_t turn_ = 1;  // every other number, so that strangers find one between two turns
   std::uint32_t served_ = kPipeInstances - 1;
   std::uint32_t connectionServed_ = kPipeInstances - 1;
-  std::uint32_t requestsInARow_ = 0;
+  bool isConnectionsTurn_ = false;
 };
 
 #endif  // SERVER_TURNORDER_H_
