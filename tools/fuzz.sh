@@ -22,6 +22,13 @@ if [[ ${1:-} =~ ^[0-9]+$ ]]; then
 fi
 targets=("$@")
 [ ${#targets[@]} -gt 0 ] || mapfile -t targets < <(ls fuzz/corpus)
+for target in "${targets[@]}"; do
+  if [ ! -d "fuzz/corpus/$target" ]; then
+    echo "fuzz.sh: there is no target $target" >&2
+    sed -n '3,5s/^# //p' tools/fuzz.sh >&2
+    exit 2
+  fi
+done
 
 programs=$(printf '%sFuzzer,' "${targets[@]}")
 tools/build.sh "native-asan:${programs%,}"

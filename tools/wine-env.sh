@@ -12,8 +12,13 @@ wine_prepare() {
   if [ ! -e "$WINEPREFIX/.qorlix-ready" ]; then
     rm -rf "$WINEPREFIX"
     mkdir -p "$WINEPREFIX"
-    wineboot -i >/dev/null 2>&1
+    wineboot -i >/dev/null 2>&1 || true
     wineserver -w
+    # Of a prefix that was disturbed while it was made, not even this runs.
+    if ! wine cmd /c exit >/dev/null 2>&1 </dev/null; then
+      echo "Wine could not make its prefix $WINEPREFIX; delete it and try again" >&2
+      return 1
+    fi
     touch "$WINEPREFIX/.qorlix-ready"
   fi
 }
